@@ -1,0 +1,170 @@
+// The agent's TCAM entry managers: one per field-processor group. A manager
+// owns the group on every unit, hands out entries under a rule name and request
+// key, installs, enables and removes them, and keeps each entry's port bitmap.
+// The group manager knows every unit's chip and which manager owns an entry.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "platform/agent/FerroCentral.h"
+#include "platform/agent/FerroTypes.h"
+#include "platform/runtime/Containers.h"
+#include "platform/runtime/Ptr.h"
+#include "platform/sdk/Bcm.h"
+
+namespace FerroTcam {
+
+// The key that accompanies every entry request: a tag, a flag and a second
+// copy of the tag.
+class RequestKey {
+  public:
+   RequestKey() = default;
+   RequestKey( Lumo::String tag, bool flag ) : tag_( tag ), flag_( flag ), tag2_( tag ) {}
+   static RequestKey defaultKey() { return RequestKey(); }
+
+   const Lumo::String& tag() const { return tag_; }
+   bool flag() const { return flag_; }
+   bool isEq( const RequestKey& other ) const {
+      return tag_ == other.tag_ && flag_ == other.flag_ && tag2_ == other.tag2_;
+   }
+
+  private:
+   Lumo::String tag_;
+   bool flag_ = false;
+   Lumo::String tag2_;
+};
+
+}  // namespace FerroTcam
+
+// The port bitmap a manager keeps for one entry.
+struct TcamEntryBcmPbmp {
+   bcm_pbmp_t data{};
+   bcm_pbmp_t mask{};
+   bool permanent = false;  // later port refreshes of the manager keep this bitmap
+};
+
+// What a manager knows of one entry it created.
+struct TcamEntryRecord {
+   Lumo::String ruleName;
+   FerroTcam::RequestKey key;
+   std::optional<TcamEntryBcmPbmp> pbmp;
+   std::optional<U32> portClassId;  // ACL-group managers: the class the entry matches
+};
+
+// A unit's record of the entries a manager created.
+class InternalUnitEntry : public Lumo::Node {
+  public:
+   typedef Lumo::HashMap<U32, TcamEntryRecord> HN_TcamEntryBcmPbmp;
+   HN_TcamEntryBcmPbmp entries;
+   const TcamEntryBcmPbmp* tcamEntryBcmPbmp( U32 entry ) const;
+};
+
+class FerroTcamEntryManager : public Lumo::Node {
+  public:
+   typedef Lumo::Ptr<FerroTcamEntryManager> Ptr;
+   typedef Lumo::HashMap<U32, Lumo::Ptr<InternalUnitEntry>> HN_InternalUnitEntry;
+
+   // name: the group's name, e.g. "L3 control"; groupId and groupPriority are
+   // the SDK group the manager creates on every unit (higher priority wins).
+   FerroTcamEntryManager( Lumo::String name, bcm_field_stage_t stage,
+                          bcm_field_group_t groupId, int groupPriority,
+                          bool supportsAclGroup );
+
+   const Lumo::String& name() const { return name_; }
+   bcm_field_stage_t stage() const { return stage_; }
+   bcm_field_group_t groupId() const { return groupId_; }
+   bool supportsAclGroup() const { return supportsAclGroup_; }
+
+   // Creates the manager's group on `unit` with the qualifiers the chip offers.
+   int unitIs( U32 unit, const FerroCentral::ChipAttributes& chip );
+
+   int installEntry( U32 unit, U32 entry );
+   int reinstallEntry( U32 unit, U32 entry );
+   int enableEntry( U32 unit, U32 entry, bool enable, int status );
+   int removeEntry( U32 unit, U32 entry );
+   int addInPortsForEntry( U32 unit, U32 entry, const bcm_pbmp_t& data,
+                           const bcm_pbmp_t& mask );
+   // Adds (enable) or removes the listed ports from the entry's in-ports;
+   // `reinstall` writes the change to hardware at once.
+   int updateInPortsForEntry( U32 unit, U32 entry, const FerroTypes::FerroPortList& ports,
+                              bool enable, bool reinstall );
+   // Qualifies the entry on a port class that exactly the given ports carry.
+   int qualifyPortsClassId( U32 unit, U32 entry, const bcm_pbmp_t& ports, bool permanent );
+   void setTcamEntryBcmPbmpPermanent( U32 unit, U32 entry, bool permanent );
+   bcm_pbmp_t tcamEntryBcmPbmp( U32 unit, U32 entry ) const;
+   bcm_pbmp_t getProgrammedIpbm( U32 unit, U32 entry );
+   // The hardware entry backing `entry`; this simulated chip backs every entry
+   // with one hardware entry, so any index and selector name the entry itself.
+   U32 getHardwareEntryId( U32 unit, U32 entry, U32 index, U8 selector ) const;
+
+   // The group manager that maps entries to managers; set when registered.
+   void groupManagerIs( class FerroTcamGroupManager* groupManager ) {
+      groupManager_ = groupManager;
+   }
+
+   const HN_InternalUnitEntry& internalUnitEntry() const { return units_; }
+   const TcamEntryRecord* record( U32 unit, U32 entry ) const;
+
+  protected:
+   TcamEntryRecord& recordIs( U32 unit, U32 entry );
+   class FerroTcamGroupManager* groupManager_ = nullptr;
+
+  private:
+   Lumo::String name_;
+   bcm_field_stage_t stage_;
+   bcm_field_group_t groupId_;
+   int groupPriority_;
+   bool supportsAclGroup_;
+   HN_InternalUnitEntry units_;
+   Lumo::HashMap<U32, std::vector<std::pair<bcm_pbmp_t, U32>>> portClasses_;  // per unit
+};
+
+// A manager with a bounded pool of entry ids [base, base + size). Within its
+// group, a lower entry id has the higher priority.
+class FerroBoundedTcamEntryManager : public FerroTcamEntryManager {
+  public:
+   typedef Lumo::Ptr<FerroBoundedTcamEntryManager> Ptr;
+
+   FerroBoundedTcamEntryManager( Lumo::String name, bcm_field_stage_t stage,
+                                 bcm_field_group_t groupId, int groupPriority,
+                                 bool supportsAclGroup, U32 baseEntryId, U32 size );
+
+   U32 baseEntryId() const { return baseEntryId_; }
+   U32 size() const { return size_; }
+   // The entry id the manager offers next on `unit`: one past the highest it
+   // handed out there (the base while none).
+   U32 nextEntryId( U32 unit ) const;
+
+   // Creates (or re-uses) entry `entry` for rule `name` on `unit`; 0 when the
+   // id is outside the pool or the SDK refuses it.
+   U32 getEntry( U32 unit, U32 entry, const Lumo::String& name,
+                 const FerroTcam::RequestKey& key );
+
+  private:
+   U32 baseEntryId_;
+   U32 size_;
+   Lumo::HashMap<U32, U32> next_;
+};
+
+class FerroTcamGroupManager : public Lumo::Node {
+  public:
+   typedef Lumo::Ptr<FerroTcamGroupManager> Ptr;
+   typedef Lumo::HashMap<U16, FerroCentral::ChipInfo> HN_ModChipInfo;
+   typedef Lumo::HashMap<U32, FerroTcamEntryManager::Ptr> HN_TcamManagerForEntry;
+
+   HN_ModChipInfo modChipInfo;
+
+   void managerIs( FerroTcamEntryManager::Ptr manager );
+   const std::vector<FerroTcamEntryManager::Ptr>& managers() const { return managers_; }
+   // The manager that created `entry`; null when none did.
+   FerroTcamEntryManager::Ptr managerForEntry( U32 entry ) const;
+   void entryManagerIs( U32 entry, FerroTcamEntryManager::Ptr manager );
+
+   // The unit's chip attributes, through modChipInfo and the platform table.
+   FerroCentral::ChipAttributes::PtrConst chipAttributes( U32 unit ) const;
+
+  private:
+   std::vector<FerroTcamEntryManager::Ptr> managers_;
+   HN_TcamManagerForEntry tcamManagerForEntry_;
+};
