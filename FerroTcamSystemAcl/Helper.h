@@ -1,0 +1,131 @@
+// FerroTcamSystemAcl::Helper: the system ACL helper for the simulated switch
+// chips. It holds nothing of its own but the IPFIX port programmer; every rule
+// is recorded in HelperBase's per-unit tables. Each rule family lives in its
+// own source file.
+#pragma once
+
+#include "FerroTcamSystemAcl/IpfixPortProgrammerSm.h"
+#include "platform/agent/FerroCentral.h"
+#include "platform/agent/HelperBase.h"
+#include "platform/runtime/TypeRegistry.h"
+
+namespace FerroTcamSystemAcl {
+
+class Helper : public HelperBase {
+  public:
+   typedef Lumo::Ptr<Helper> Ptr;
+
+   // Type indices of the library's reflected types within its module.
+   static constexpr const char* moduleName = "FerroTcamSystemAcl";
+   static constexpr U32 typeIndex = 4;
+   // Reflected attribute ids of Helper.
+   enum Attribute : Lumo::AttributeId {
+      attrIpfixPortProgrammerSm = firstHelperAttribute,
+      attrInstallL2ControlSystemTcamEntry,
+      attrGetRequestKeyForProtocol,
+      attrTrapViaInPortForEntryInt,
+      attrUpdateInPortsForEntryHelper,
+      attrGetPbmpForL2ProfileRule,
+      attrModel,
+   };
+
+   explicit Helper( const Lumo::String& name );
+   ~Helper() override;
+   // The deleting destructor also withdraws the allocation record.
+   static void operator delete( void* p );
+
+   // The factory the type registry calls: takes no further arguments.
+   static Lumo::Ptr<Lumo::Node> create( const Lumo::String& name, Lumo::Directory* directory,
+                                        const Lumo::CreationArgs& extra );
+   static Lumo::AllocationTracker memAllocationTracker_;
+
+   Lumo::TypeData typeData() const override { return { moduleName, typeIndex }; }
+   Lumo::ReflectResult inspectOperation( Lumo::AttributeId attribute,
+                                         Lumo::ReflectAccess access,
+                                         Lumo::ReflectIo& io ) override;
+
+   // The operations, in virtual-slot order.
+   void doInstallMvrpRule( U16 unit ) override;
+   void doInstallAclRules( U16 unit ) override;
+   void doInstallL2TrapRules( U16 unit ) override;
+   void doInstallTH3SystemAclRule( U16 unit ) override;
+   void programSourceCpuPortDropRule( U16 unit, U32 entry ) override;
+   void doInstallL2McastPTPRule( U16 unit ) override;
+   void doInstallL2McastPTPRuleCommon( U16 unit ) override;
+   void doInstallL2UnicastPTPRule( U16 unit ) override;
+   void doInstallL2UnicastPTPRuleCommon( U16 unit ) override;
+   void doInstallLinkLocalPTPRule( U16 unit, U32 entry, const Lumo::String& name ) override;
+   void doInstallEapolFwdRule( U16 unit ) override;
+   void doInstallIpv4McastPTPRule( U16 unit ) override;
+   void doInstallIpv4McastPTPRuleCommon( U16 unit ) override;
+   void doInstallIpv4UnicastFwdPTPRule( U16 unit ) override;
+   void doInstallIpv4UnicastFwdPTPRuleCommon( U16 unit ) override;
+   void doInstallIpv4ElevatorPTPRule( U16 unit ) override;
+   void doInstallIpv4ElevatorPTPRuleCommon( U16 unit ) override;
+   void updateInPortForClassEntry( U32 unit, Wirex::IntfId intf, bool enable,
+                                   Lamo::L2Pt::L2PtTrafficType trafficType ) override;
+   void updateInPortForEtherType( U32 unit, Wirex::IntfId intf, bool enable ) override;
+   void trapViaInPortForClass( U32 classId, bool enable ) override;
+   void configIpv4McastPTP( U16 unit, Ptp::PtpMode mode, bool enable ) override;
+   void configIpv4UnicastFwdPTP( U16 unit, Ptp::PtpMode mode, bool enable ) override;
+   void configureL2McastPTP( U16 unit, Ptp::PtpMode mode, bool enable ) override;
+   void configureL2UnicastPTP( U16 unit, Ptp::PtpMode mode, bool enable ) override;
+   void configPTPElevatorCosq( U16 unit, Ptp::PtpMode mode ) override;
+   void configPTPActions( U16 unit, Ptp::PtpMode mode, bool enable ) override;
+   void configureCosQueueMap( U16 unit ) override;
+   void configureMvrpTrapToCpuAction( U16 unit, bool enable ) override;
+   void updateL2ProtoFwdRule( U32 unit, U32 entry,
+                              Lamo::L2Pt::L2PtProtocol protocol ) override;
+   void updateL2ProtoFwdRules() override;
+   void updateL2PfRule( U32 unit, U32 entry, Wirex::IntfId intf ) override;
+   void updateNonL2PfRule( U32 unit, U32 entry ) override;
+   void updatePbmpEAllSystemAclRules( U32 unit, Wirex::IntfId intf ) override;
+   void doInstallVxlanCpuPortDropRule() override;
+   void verifyInstalledAclRules( U16 unit ) override;
+   void verifyInstalledL2TrapRules( U16 unit ) override;
+   void doInstallIpFixPort( U16 port, bool enable ) override;
+   void doCollectorDbConfig() override;
+   void updateCopyPimToCpuTcam( U16 unit, bool enable ) override;
+   void updateCopyToCpuCancelLLMcastTcam( U16 unit, bool enable ) override;
+   bool l2ProtocolFwdSupported() const override;
+   void updateEapolDstMac( U32 unit, U32 entry, const Wirex::EthAddr& address ) override;
+   bcm_pbmp_t updateDevicePortBitmapForTcamEntry(
+      U16 unit, int entry, const bcm_pbmp_t& pbmp, const FerroTypes::FerroPort& port,
+      Lamo::L2Pt::L2PtTrafficType trafficType,
+      Lamo::L2Pt::L2PtProtocol protocol ) const override;
+   void installL2ControlSystemTcamEntry( U16 unit,
+                                         const FerroBoundedTcamEntryManager::Ptr& entryManager,
+                                         int entry, const Lumo::String& name, U32 dstClassId,
+                                         U32 dstClassIdMask, U32 newTc, U32 newCpuQ,
+                                         Lamo::L2Pt::L2PtProtocol protocol ) override;
+   void verifyL2ControlSystemTcamEntry( U16 unit, int entry, U32 dstClassId,
+                                        U32 dstClassIdMask, U32 newTc, U32 newCpuQ,
+                                        Lamo::L2Pt::L2PtProtocol protocol ) override;
+
+   // Non-virtual operations.
+   U8 model( U16 unit ) const;
+   FerroTcam::RequestKey getRequestKeyForProtocol( U32 dstClassId ) const;
+   void qualifyInPorts( int unit, int entry, const bcm_pbmp_t& data, const bcm_pbmp_t& mask,
+                        U32 model );
+   U16 programBfdControlAndEchoRules( U16 unit, bcm_field_entry_t entry );
+   bcm_pbmp_t getPbmpForL2ProfileRule( U32 unit, U32 entry );
+   void trapViaInPortForEntryInt( U16 unit, U32 entry, bool enable );
+   void updateInPortsForEntryHelper( U32 unit, Wirex::IntfId intf, bool enable, U32 entryId,
+                                     const FerroTcamEntryManager::Ptr& manager );
+
+   // The IPFIX port programmer.
+   const IpfixPortProgrammerSm::Ptr& ipfixPortProgrammerSm() const {
+      return ipfixPortProgrammerSm_;
+   }
+   IpfixPortProgrammerSm::Ptr ipfixPortProgrammerSmIs( const HwFlowTracking::Config::Ptr& config,
+                                                       HelperBase* base );
+   IpfixPortProgrammerSm::Ptr ipfixPortProgrammerSmDel();
+
+  private:
+   // The unit's chip attributes (a default record for a unit without chip info).
+   FerroCentral::ChipAttributes::PtrConst chipAttributes( U32 unit ) const;
+
+   IpfixPortProgrammerSm::Ptr ipfixPortProgrammerSm_;
+};
+
+}  // namespace FerroTcamSystemAcl
