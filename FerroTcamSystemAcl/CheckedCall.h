@@ -8,6 +8,8 @@
 // formatted or allocated while level 4 is off.
 #pragma once
 
+#include <cassert>
+
 #include "platform/runtime/ActivityLock.h"
 #include "platform/runtime/Trace.h"
 #include "platform/sdk/Shim.h"
@@ -64,8 +66,24 @@ inline void uncheckedSdkCall( const CallSite& site, Call&& call ) {
 
 }  // namespace FerroTcamSystemAcl
 
+// The operation a failure is reported in. A helper that programs or checks
+// rules on behalf of an operation takes a parameter of this name, set to the
+// operation's __PRETTY_FUNCTION__, so that its failures name the operation the
+// agent called; everywhere else this null declaration is found and the
+// enclosing function is named.
+inline constexpr const char* checkedCallOperation = nullptr;
+
+#define FERRO_OPERATION_TEXT \
+   ( checkedCallOperation ? checkedCallOperation : __PRETTY_FUNCTION__ )
+
 #define FERRO_CALL_SITE( call ) \
-   ::FerroTcamSystemAcl::CallSite { __FILE__, __LINE__, __func__, __PRETTY_FUNCTION__, #call }
+   ::FerroTcamSystemAcl::CallSite { __FILE__, __LINE__, __func__, FERRO_OPERATION_TEXT, #call }
+
+// assert() that names the operation as above.
+#define FERRO_ASSERT( expression )                                                     \
+   ( ( expression ) ? void( 0 )                                                       \
+                    : __assert_fail( #expression, __FILE__, unsigned( __LINE__ ),      \
+                                     FERRO_OPERATION_TEXT ) )
 
 #define BCM_CHECK( call )                                                            \
    ::FerroTcamSystemAcl::checkedSdkCall( FERRO_CALL_SITE( call ),                    \

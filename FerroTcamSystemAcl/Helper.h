@@ -122,6 +122,28 @@ class Helper : public HelperBase {
    IpfixPortProgrammerSm::Ptr ipfixPortProgrammerSmDel();
 
   private:
+   // What the L3 installer carries from the routing-protocol traps into the
+   // elevator, glean and IPv6 rules of the same call.
+   struct L3InstallState {
+      U16 unit;
+      U32 entry;  // the running entry number: the id of the last rule
+      FerroCentral::ChipAttributes::PtrConst attributes;
+      FerroTcam::RequestKey key;
+      bool ipv6Pim;  // the chip traps PIM for IPv6
+   };
+   void installL3ElevatorAndIpv6Rules( L3InstallState& state,
+                                       const char* checkedCallOperation );
+   // installEntry on the L3 control group, asserted, then the rule's setter.
+   void installL3Rule( U16 unit, U32 entry, void ( HelperBase::*setter )( U32, U32 ),
+                       const char* checkedCallOperation );
+   // Binds an entry to every Ethernet port, unless port classes do that.
+   void bindToEthernetPorts( U16 unit, U32 entry );
+
+   // One BFD entry: control, echo or multihop.
+   void programBfdRules( U16 unit, const FerroCentral::ChipAttributes::PtrConst& attributes,
+                         const FerroTcamGroupManager::Ptr& groupManager,
+                         bcm_field_entry_t entry, U16 port, U16 portMask, U32 selector );
+
    // The unit's chip attributes (a default record for a unit without chip info).
    FerroCentral::ChipAttributes::PtrConst chipAttributes( U32 unit ) const;
 

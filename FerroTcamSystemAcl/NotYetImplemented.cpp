@@ -21,10 +21,8 @@ namespace {
 
 #define FERRO_NOT_IMPLEMENTED notImplemented( __PRETTY_FUNCTION__ )
 
-void Helper::doInstallAclRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallL2TrapRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallTH3SystemAclRule( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::programSourceCpuPortDropRule( U16, U32 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallL2McastPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallL2UnicastPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallLinkLocalPTPRule( U16, U32, const Lumo::String& ) {
@@ -53,11 +51,8 @@ void Helper::updateL2ProtoFwdRules() { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateL2PfRule( U32, U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateNonL2PfRule( U32, U32 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updatePbmpEAllSystemAclRules( U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallVxlanCpuPortDropRule() { FERRO_NOT_IMPLEMENTED; }
-void Helper::verifyInstalledAclRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::verifyInstalledL2TrapRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallIpFixPort( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::updateCopyPimToCpuTcam( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateCopyToCpuCancelLLMcastTcam( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateEapolDstMac( U32, U32, const Wirex::EthAddr& ) { FERRO_NOT_IMPLEMENTED; }
 bcm_pbmp_t Helper::updateDevicePortBitmapForTcamEntry( U16, int, const bcm_pbmp_t&,
@@ -75,7 +70,6 @@ void Helper::verifyL2ControlSystemTcamEntry( U16, int, U32, U32, U32, U32,
                                              Lamo::L2Pt::L2PtProtocol ) {
    FERRO_NOT_IMPLEMENTED;
 }
-U16 Helper::programBfdControlAndEchoRules( U16, bcm_field_entry_t ) { FERRO_NOT_IMPLEMENTED; }
 bcm_pbmp_t Helper::getPbmpForL2ProfileRule( U32, U32 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::trapViaInPortForEntryInt( U16, U32, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateInPortsForEntryHelper( U32, Wirex::IntfId, bool, U32,
