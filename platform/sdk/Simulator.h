@@ -30,13 +30,25 @@ struct UnitConfig {
 // (e.g. "bcm_field_action_add"; empty: any), unit and entry (absent: any) match.
 // nth counts matching calls from 1 (0: every matching call); `once` retires the
 // fault after it fired.
+// A fault with an entry never matches a call that names no entry (group and
+// port calls). Without `once`, the nth matching call and every later one fail.
 struct Fault {
-   std::string function;
-   std::optional<int> unit;
-   std::optional<int> entry;
+   std::string function{};
+   std::optional<int> unit{};
+   std::optional<int> entry{};
    int nth = 1;
    int rc = BCM_E_PARAM;
    bool once = true;
+};
+
+// An injected fault and what it has done so far. When several faults are due
+// on one call, the earliest injected one supplies the code and all count it as
+// fired.
+struct FaultRecord {
+   Fault fault;
+   int matched = 0;       // matching calls seen while active
+   int fired = 0;         // calls it failed
+   bool retired = false;  // a `once` fault that fired
 };
 
 struct JournalEntry {
@@ -139,6 +151,9 @@ class FieldProcessor : public Shim::Sdk {
    void reset( SdkVersion version = SdkVersion::V6_5 );
    SdkVersion version() const;
 
+   // BCM_E_EXISTS if the unit is attached already, BCM_E_PARAM for a config the
+   // chip cannot have (port count outside 1..BCM_PBMP_PORT_MAX, no CPU queue,
+   // class ids outside 1..32 bits).
    int attachUnit( int unit, const UnitConfig& config );
    bool unitExists( int unit ) const;
    std::vector<int> units() const;
@@ -146,6 +161,9 @@ class FieldProcessor : public Shim::Sdk {
    // Fault injection and the call journal.
    void injectFault( const Fault& fault );
    void clearFaults();
+   std::vector<FaultRecord> faults() const;  // in injection order
+   // journal() and lockViolations() hand out the simulator's own vectors: read
+   // them while no other thread is calling the SDK.
    const std::vector<JournalEntry>& journal() const;
    void clearJournal();
    void journalEnabledIs( bool enabled );
@@ -157,6 +175,9 @@ class FieldProcessor : public Shim::Sdk {
 
    void preCallHookIs( std::function<void()> hook );
    void failureHookIs( std::function<void()> hook );
+   // Calls of preCallHook()/failureHook() since the last reset, installed hook or not.
+   int preCallHookCount() const;
+   int failureHookCount() const;
 
    // Inspection (not SDK calls: no journal, no faults).
    std::vector<EntryView> entries( int unit ) const;
@@ -166,14 +187,131 @@ class FieldProcessor : public Shim::Sdk {
    // Decodes a run-time action value of the current version; nullopt if unknown.
    std::optional<Shim::FieldAction> actionFromValue( bcm_field_action_t value ) const;
 
+   // Equal group priorities go to the lower group id. An entry's priority is
+   // not part of its copies: prio_set moves an installed entry at once.
    LookupResult lookup( int unit, const PacketFields& packet ) const;
 
-   // Shim::Sdk: every operation is overridden here (declarations to be listed
-   // one by one, in the order of Shim.h).
+   // Shim::Sdk, in the order of Shim.h.
+   void preCallHook() override;
+   void failureHook() override;
+   const char* bcm_errmsg( int rc ) override;
+
+   bcm_field_action_t fieldAction( Shim::FieldAction name ) override;
+   bcm_field_IpType_t fieldIpType( Shim::FieldIpType name ) override;
+   uint32_t packetRes( Shim::PacketRes name ) override;
+   int constant( Shim::SdkConstant name ) override;
+
+   int bcm_port_config_get( int unit, bcm_port_config_t* config ) override;
+   int bcm_port_class_set( int unit, bcm_port_t port, bcm_port_class_t pclass,
+                           uint32 classId ) override;
+   int bcm_port_class_get( int unit, bcm_port_t port, bcm_port_class_t pclass,
+                           uint32* classId ) override;
+
+   int bcm_field_group_create_id( int unit, bcm_field_qset_t qset, int pri,
+                                  bcm_field_group_t group ) override;
+   int bcm_field_group_destroy( int unit, bcm_field_group_t group ) override;
+   int bcm_field_entry_create_id( int unit, bcm_field_group_t group,
+                                  bcm_field_entry_t entry ) override;
+   int bcm_field_entry_destroy( int unit, bcm_field_entry_t entry ) override;
+   int bcm_field_entry_prio_set( int unit, bcm_field_entry_t entry, int prio ) override;
+   int bcm_field_entry_prio_get( int unit, bcm_field_entry_t entry, int* prio ) override;
+   int bcm_field_entry_install( int unit, bcm_field_entry_t entry ) override;
+   int bcm_field_entry_reinstall( int unit, bcm_field_entry_t entry ) override;
+   int bcm_field_entry_remove( int unit, bcm_field_entry_t entry ) override;
+   int bcm_field_entry_enable_set( int unit, bcm_field_entry_t entry, int enable ) override;
+   int bcm_field_entry_enable_get( int unit, bcm_field_entry_t entry, int* enable ) override;
+
+   int bcm_field_qualify_clear( int unit, bcm_field_entry_t entry ) override;
+   int bcm_field_action_remove_all( int unit, bcm_field_entry_t entry ) override;
+   int bcm_field_entry_policer_detach_all( int unit, bcm_field_entry_t entry ) override;
+
+   int bcm_field_action_add( int unit, bcm_field_entry_t entry, bcm_field_action_t action,
+                             uint32 param0, uint32 param1 ) override;
+   int bcm_field_action_remove( int unit, bcm_field_entry_t entry,
+                                bcm_field_action_t action ) override;
+   int bcm_field_action_get( int unit, bcm_field_entry_t entry, bcm_field_action_t action,
+                             uint32* param0, uint32* param1 ) override;
+
+   int bcm_field_qualify_InPorts( int unit, bcm_field_entry_t entry, bcm_pbmp_t data,
+                                  bcm_pbmp_t mask ) override;
+   int bcm_field_qualify_InPorts_get( int unit, bcm_field_entry_t entry, bcm_pbmp_t* data,
+                                      bcm_pbmp_t* mask ) override;
+   int bcm_field_qualify_SrcPort( int unit, bcm_field_entry_t entry, bcm_module_t dataModid,
+                                  bcm_module_t maskModid, bcm_port_t dataPort,
+                                  bcm_port_t maskPort ) override;
+   int bcm_field_qualify_SrcPort_get( int unit, bcm_field_entry_t entry,
+                                      bcm_module_t* dataModid, bcm_module_t* maskModid,
+                                      bcm_port_t* dataPort, bcm_port_t* maskPort ) override;
+   int bcm_field_qualify_DstPort( int unit, bcm_field_entry_t entry, bcm_module_t dataModid,
+                                  bcm_module_t maskModid, bcm_port_t dataPort,
+                                  bcm_port_t maskPort ) override;
+   int bcm_field_qualify_DstPort_get( int unit, bcm_field_entry_t entry,
+                                      bcm_module_t* dataModid, bcm_module_t* maskModid,
+                                      bcm_port_t* dataPort, bcm_port_t* maskPort ) override;
+   int bcm_field_qualify_DstMac( int unit, bcm_field_entry_t entry, const bcm_mac_t data,
+                                 const bcm_mac_t mask ) override;
+   int bcm_field_qualify_DstMac_get( int unit, bcm_field_entry_t entry, bcm_mac_t* data,
+                                     bcm_mac_t* mask ) override;
+   int bcm_field_qualify_EtherType( int unit, bcm_field_entry_t entry, uint16 data,
+                                    uint16 mask ) override;
+   int bcm_field_qualify_EtherType_get( int unit, bcm_field_entry_t entry, uint16* data,
+                                        uint16* mask ) override;
+   int bcm_field_qualify_IpType( int unit, bcm_field_entry_t entry,
+                                 bcm_field_IpType_t type ) override;
+   int bcm_field_qualify_IpType_get( int unit, bcm_field_entry_t entry,
+                                     bcm_field_IpType_t* type ) override;
+   int bcm_field_qualify_DstIp( int unit, bcm_field_entry_t entry, bcm_ip_t data,
+                                bcm_ip_t mask ) override;
+   int bcm_field_qualify_DstIp_get( int unit, bcm_field_entry_t entry, bcm_ip_t* data,
+                                    bcm_ip_t* mask ) override;
+   int bcm_field_qualify_DstIp6( int unit, bcm_field_entry_t entry, const bcm_ip6_t data,
+                                 const bcm_ip6_t mask ) override;
+   int bcm_field_qualify_DstIp6_get( int unit, bcm_field_entry_t entry, bcm_ip6_t* data,
+                                     bcm_ip6_t* mask ) override;
+
+#define FERRO_SIM_QUALIFIER( NAME, TYPE )                                                 \
+   int bcm_field_qualify_##NAME( int unit, bcm_field_entry_t entry, TYPE data, TYPE mask ) \
+      override;                                                                            \
+   int bcm_field_qualify_##NAME##_get( int unit, bcm_field_entry_t entry, TYPE* data,     \
+                                       TYPE* mask ) override;
+   FERRO_SIM_QUALIFIER( IpProtocol, uint8 )
+   FERRO_SIM_QUALIFIER( ExtensionHeaderType, uint8 )
+   FERRO_SIM_QUALIFIER( L4SrcPort, bcm_l4_port_t )
+   FERRO_SIM_QUALIFIER( L4DstPort, bcm_l4_port_t )
+   FERRO_SIM_QUALIFIER( Ttl, uint8 )
+   FERRO_SIM_QUALIFIER( DSCP, uint8 )
+   FERRO_SIM_QUALIFIER( OuterVlanPri, uint8 )
+   FERRO_SIM_QUALIFIER( Drop, uint8 )
+   FERRO_SIM_QUALIFIER( IngressStpState, uint8 )
+   FERRO_SIM_QUALIFIER( HiGig, uint8 )
+   FERRO_SIM_QUALIFIER( L2CacheHit, uint8 )
+   FERRO_SIM_QUALIFIER( L3Routable, uint8 )
+   FERRO_SIM_QUALIFIER( InterfaceClassL2, uint32 )
+   FERRO_SIM_QUALIFIER( InterfaceClassVPort, uint32 )
+   FERRO_SIM_QUALIFIER( InterfaceClassPort, uint32 )
+   FERRO_SIM_QUALIFIER( DstClassL2, uint32 )
+   FERRO_SIM_QUALIFIER( DstClassL3, uint32 )
+   FERRO_SIM_QUALIFIER( DstL3EgressNextHops, uint32 )
+   FERRO_SIM_QUALIFIER( PacketRes, uint32 )
+#undef FERRO_SIM_QUALIFIER
+
+   int bcm_field_qualify_compressed_add( int unit, bcm_field_entry_t entry,
+                                         Shim::CompressedField field,
+                                         const Shim::FieldBytes& data,
+                                         const Shim::FieldBytes& mask, uint32 classId,
+                                         uint32 classMask ) override;
+   int bcm_field_qualify_compressed_clear( int unit, bcm_field_entry_t entry,
+                                           Shim::CompressedField field ) override;
+   int bcm_field_qualify_compressed_get( int unit, bcm_field_entry_t entry,
+                                         Shim::CompressedField field,
+                                         Shim::CompressedValue* values, int max,
+                                         int* count ) override;
+
+   struct State;  // defined in SimState.h, shared by the simulator's sources
 
   private:
    FieldProcessor();
-   struct State;
+   ~FieldProcessor() override;
    State* state_;
 };
 
