@@ -35,12 +35,10 @@ struct ChipInfo {
 // True while the chip's bring-up has not yet reached `stage`.
 bool isBlocked( const ChipInfo& chipInfo, BringupStage stage );
 
-// Read-only capabilities of one chip family.
-class ChipAttributes : public Lumo::Node {
-  public:
-   typedef Lumo::PtrConst<ChipAttributes> PtrConst;
-   typedef Lumo::Ptr<ChipAttributes> Ptr;
-
+// Read-only capabilities of one chip family. The fields live in a plain base
+// so that a profile can hold them by value and copy them into the shared,
+// reference-counted ChipAttributes of the platform table.
+struct ChipCapabilities {
    // L3 rules
    bool dstClassL3Supported = false;      // L3 lookup gives a destination class the
                                           // field processor can match (else next-hop id)
@@ -73,6 +71,20 @@ class ChipAttributes : public Lumo::Node {
    int portCount = 65;                    // logical ports, CPU port 0 included
    int cpuQueueCount = 48;                // CPU CoS queues
    int classIdBits = 8;                   // width of L2/interface class ids
+};
+
+class ChipAttributes : public Lumo::Node, public ChipCapabilities {
+  public:
+   typedef Lumo::PtrConst<ChipAttributes> PtrConst;
+   typedef Lumo::Ptr<ChipAttributes> Ptr;
+
+   ChipAttributes() = default;
+   // Copies the capabilities only; the copy starts without references.
+   ChipAttributes( const ChipAttributes& other ) : Lumo::Node(), ChipCapabilities( other ) {}
+   ChipAttributes& operator=( const ChipAttributes& other ) {
+      ChipCapabilities::operator=( other );
+      return *this;
+   }
 
    bool hasVxlanCoreProtocol( Lamo::L2Pt::L2PtProtocol protocol ) const;
 };

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/agent/FerroCentral.h"
@@ -102,6 +103,7 @@ class FerroTcamEntryManager : public Lumo::Node {
    void groupManagerIs( class FerroTcamGroupManager* groupManager ) {
       groupManager_ = groupManager;
    }
+   class FerroTcamGroupManager* groupManager() const { return groupManager_; }
 
    const HN_InternalUnitEntry& internalUnitEntry() const { return units_; }
    const TcamEntryRecord* record( U32 unit, U32 entry ) const;
@@ -117,7 +119,8 @@ class FerroTcamEntryManager : public Lumo::Node {
    int groupPriority_;
    bool supportsAclGroup_;
    HN_InternalUnitEntry units_;
-   Lumo::HashMap<U32, std::vector<std::pair<bcm_pbmp_t, U32>>> portClasses_;  // per unit
+   // Per unit; used while the manager is not registered with a group manager.
+   Lumo::HashMap<U32, std::vector<std::pair<bcm_pbmp_t, U32>>> portClasses_;
 };
 
 // A manager with a bounded pool of entry ids [base, base + size). Within its
@@ -155,6 +158,9 @@ class FerroTcamGroupManager : public Lumo::Node {
 
    HN_ModChipInfo modChipInfo;
 
+   // Detaches the registered managers, which may outlive the group manager.
+   ~FerroTcamGroupManager() override;
+
    void managerIs( FerroTcamEntryManager::Ptr manager );
    const std::vector<FerroTcamEntryManager::Ptr>& managers() const { return managers_; }
    // The manager that created `entry`; null when none did.
@@ -164,7 +170,14 @@ class FerroTcamGroupManager : public Lumo::Node {
    // The unit's chip attributes, through modChipInfo and the platform table.
    FerroCentral::ChipAttributes::PtrConst chipAttributes( U32 unit ) const;
 
+   // Port sets that ACL-group managers bind entries to, per unit, each with the
+   // class bit it was given. Kept here rather than per manager because a port
+   // carries one field class for every group of its unit.
+   typedef Lumo::HashMap<U32, std::vector<std::pair<bcm_pbmp_t, U32>>> HN_PortClasses;
+   HN_PortClasses& portClasses() { return portClasses_; }
+
   private:
    std::vector<FerroTcamEntryManager::Ptr> managers_;
    HN_TcamManagerForEntry tcamManagerForEntry_;
+   HN_PortClasses portClasses_;
 };
