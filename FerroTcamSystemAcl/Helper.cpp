@@ -1,7 +1,6 @@
 #include "FerroTcamSystemAcl/Helper.h"
 
 #include <cassert>
-#include <new>
 
 #include "FerroTcamSystemAcl/CheckedCall.h"
 #include "FerroTcamSystemAcl/LibraryGlobals.h"
@@ -36,6 +35,12 @@ Helper::~Helper() {
    ipfixPortProgrammerSm_.reset();
 }
 
+void* Helper::operator new( size_t size ) {
+   void* memory = ::operator new( size );
+   memAllocationTracker_.allocationIs();
+   return memory;
+}
+
 void Helper::operator delete( void* p ) {
    memAllocationTracker_.deallocationIs();
    ::operator delete( p );
@@ -46,17 +51,9 @@ Lumo::Ptr<Lumo::Node> Helper::create( const Lumo::String& name, Lumo::Directory*
    if ( !extra.empty() ) {
       throw Lumo::WrongCreationArguments( { moduleName, typeIndex }, extra.size() );
    }
-   memAllocationTracker_.allocationIs();
-   void* memory = ::operator new( sizeof( Helper ) );
-   Helper* helper;
-   try {
-      helper = ::new ( memory ) Helper( name );
-   } catch ( ... ) {
-      memAllocationTracker_.deallocationIs();
-      ::operator delete( memory );
-      throw;
-   }
-   return Lumo::Ptr<Lumo::Node>( helper );
+   // A constructor that throws gives the memory back through operator delete,
+   // which withdraws the record.
+   return Lumo::Ptr<Lumo::Node>( new Helper( name ) );
 }
 
 IpfixPortProgrammerSm::Ptr Helper::ipfixPortProgrammerSmIs(

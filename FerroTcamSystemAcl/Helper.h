@@ -31,7 +31,9 @@ class Helper : public HelperBase {
 
    explicit Helper( const Lumo::String& name );
    ~Helper() override;
-   // The deleting destructor also withdraws the allocation record.
+   // Every Helper allocation is recorded in memAllocationTracker_ and
+   // withdrawn again by the deleting destructor, or when construction throws.
+   static void* operator new( size_t size );
    static void operator delete( void* p );
 
    // The factory the type registry calls: takes no further arguments.

@@ -71,6 +71,8 @@ struct ChipCapabilities {
    int portCount = 65;                    // logical ports, CPU port 0 included
    int cpuQueueCount = 48;                // CPU CoS queues
    int classIdBits = 8;                   // width of L2/interface class ids
+   U8 stpStateMaskReadBack = 0xFF;        // STP-state mask bits the chip reads back
+                                          // (0x03 on models that keep two bits)
 };
 
 class ChipAttributes : public Lumo::Node, public ChipCapabilities {

@@ -90,6 +90,7 @@ Sim::UnitConfig unitConfig( const UnitSpec& desc,
    config.portCount = chip.portCount;
    config.cpuQueueCount = chip.cpuQueueCount;
    config.classIdBits = chip.classIdBits;
+   config.stpStateMaskReadBack = chip.stpStateMaskReadBack;
    config.modid = desc.modId;
    // The simulated chip refuses what the real one lacks, so a rule that uses
    // a qualifier against its chip's attributes fails here as it would there.

@@ -96,6 +96,9 @@ int FieldProcessor::State::readWord( int unit, bcm_field_entry_t entry,
       return rc;
    }
    value = e->software.fields[q];
+   if ( q == bcmFieldQualifyIngressStpState ) {
+      value.mask &= u->config.stpStateMaskReadBack;
+   }
    return 0;
 }
 

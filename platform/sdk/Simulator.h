@@ -22,6 +22,10 @@ struct UnitConfig {
    int cpuQueueCount = 48;        // CPU CoS queues 0 .. cpuQueueCount-1
    int classIdBits = 8;           // width of the L2/interface/new class ids
    bcm_module_t modid = 0;        // module id of the unit's own ports
+   // Mask bits of the ingress STP-state qualifier the chip reads back; some
+   // chip models keep only the two bits that encode the state and report a
+   // narrower mask than was written (the state itself reads back intact).
+   uint8_t stpStateMaskReadBack = 0xFF;
    std::vector<bcm_field_qualify_t> unsupportedQualifiers;  // chip lacks these
    std::vector<Shim::FieldAction> unsupportedActions;       // chip lacks these
 };
