@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/runtime/Containers.h"
@@ -20,7 +21,12 @@ namespace Lumo {
 struct TypeData {
    const char* module;
    uint32_t index;
-   bool operator==( const TypeData& ) const = default;
+   // Modules are compared by name: each shared library has its own copy of a
+   // module's name literal.
+   bool operator==( const TypeData& other ) const {
+      return index == other.index && module && other.module &&
+             std::string_view( module ) == other.module;
+   }
 };
 
 class WrongCreationArguments : public std::invalid_argument {
