@@ -1,0 +1,84 @@
+#include "tools/ferro-acl/ChipState.h"
+
+#include <algorithm>
+
+#include "platform/sdk/Simulator.h"
+
+namespace FerroAcl {
+
+namespace {
+
+const char* stageName( bcm_field_stage_t stage ) {
+   switch ( stage ) {
+      case bcmFieldStageIngress:
+         return "ingress";
+      case bcmFieldStageLookup:
+         return "vlan";
+   }
+   return "ingress";
+}
+
+EntryState entryState(
+    const Sim::EntryView& view, U16 unit, const Agent::Switch& sw,
+    const std::vector<std::pair<const char*, const FerroTcamSystemAcl::RuleTable*>>&
+        tables ) {
+   EntryState entry;
+   entry.id = view.id;
+   entry.stage = stageName( view.stage );
+   entry.priority = view.priority;
+   entry.installed = view.installed;
+   entry.enabled = view.enabled;
+   const U32 id = U32( view.id );
+   if ( sw.groupManager ) {
+      if ( auto manager = sw.groupManager->managerForEntry( id ) ) {
+         entry.group = manager->name();
+         if ( const TcamEntryRecord* record = manager->record( unit, id ) ) {
+            entry.name = record->ruleName;
+         }
+      }
+   }
+   for ( const Sim::QualifierView& qualifier : view.software.qualifiers ) {
+      entry.qualifiers.push_back( describeQualifier( qualifier ) );
+   }
+   for ( const Sim::ActionView& action : view.software.actions ) {
+      entry.actions.push_back( ActionState{ action.name, action.param0, action.param1 } );
+   }
+   for ( const auto& [name, table] : tables ) {
+      auto it = table->find( unit );
+      if ( it != table->end() && it->second == id ) {
+         entry.recordedAs.push_back( name );
+      }
+   }
+   return entry;
+}
+
+}  // namespace
+
+ChipState collectChipState( const Agent::Switch& sw,
+                            const FerroTcamSystemAcl::HelperBase& helper,
+                            const BringupPlan& plan ) {
+   ChipState state;
+   const auto tables = helper.ruleTables();
+   const Sim::FieldProcessor& chip = Sim::FieldProcessor::instance();
+   for ( U16 unit : plan.units ) {
+      UnitState& unitState = state.units.emplace_back();
+      unitState.unit = unit;
+      if ( const Agent::ChipProfile* profile = sw.chip( unit ) ) {
+         unitState.chip = profile->family;
+         unitState.model = profile->model;
+      }
+      unitState.unverifiedReason = plan.unverifiedReason( unit );
+      unitState.verified = unitState.unverifiedReason.empty();
+      for ( const Sim::EntryView& view : chip.entries( unit ) ) {
+         unitState.entries.push_back( entryState( view, unit, sw, tables ) );
+      }
+      std::sort( unitState.entries.begin(), unitState.entries.end(),
+                 []( const EntryState& a, const EntryState& b ) { return a.id < b.id; } );
+   }
+   for ( const SkippedStep& skipped : plan.skipped ) {
+      state.skipped.push_back( SkippedState{ skipped.step->name, skipped.reason } );
+   }
+   return state;
+}
+
+}  // namespace FerroAcl

@@ -1,0 +1,214 @@
+#include "tools/ferro-acl/QualifierFormat.h"
+
+#include <cstdio>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
+namespace FerroAcl {
+
+namespace {
+
+uint64_t bigEndianNumber( std::span<const uint8_t> bytes ) {
+   uint64_t value = 0;
+   for ( uint8_t byte : bytes ) {
+      value = ( value << 8 ) | byte;
+   }
+   return value;
+}
+
+std::optional<std::string> ipTypeName( uint64_t value ) {
+   static constexpr const char* names[] = { "Any", "NonIp", "Ip", "Ipv4Any", "Ipv6" };
+   static_assert( std::size( names ) == size_t( Shim::FieldIpType::Count ) );
+   Sim::FieldProcessor& sdk = Sim::FieldProcessor::instance();
+   for ( size_t i = 0; i < std::size( names ); ++i ) {
+      if ( uint64_t( uint32_t( sdk.fieldIpType( Shim::FieldIpType( i ) ) ) ) == value ) {
+         return names[i];
+      }
+   }
+   return std::nullopt;
+}
+
+std::optional<std::string> packetResName( uint64_t value ) {
+   static constexpr const char* names[] = {
+       "UNKNOWN",   "CONTROL",     "BPDU",        "L2BC",      "L2UC",
+       "L2UNKNOWN", "L2MCKNOWN",   "L2MCUNKNOWN", "L3UCKNOWN", "L3UCUNKNOWN",
+       "L3MCKNOWN", "L3MCUNKNOWN", "IEEE1588" };
+   static_assert( std::size( names ) == size_t( Shim::PacketRes::Count ) );
+   Sim::FieldProcessor& sdk = Sim::FieldProcessor::instance();
+   for ( size_t i = 0; i < std::size( names ); ++i ) {
+      if ( sdk.packetRes( Shim::PacketRes( i ) ) == value ) {
+         return names[i];
+      }
+   }
+   return std::nullopt;
+}
+
+// Fields narrower than their bytes: a full mask of these is not all ones.
+int fieldBits( std::string_view name, size_t bytes ) {
+   if ( name == "Drop" || name == "HiGig" || name == "L2CacheHit" ||
+        name == "L3Routable" ) {
+      return 1;
+   }
+   if ( name == "OuterVlanPri" ) {
+      return 3;
+   }
+   if ( name == "DstClassL3" ) {
+      return 10;
+   }
+   return int( bytes * 8 );
+}
+
+bool coversField( std::string_view name, std::span<const uint8_t> mask ) {
+   const int bits = fieldBits( name, mask.size() );
+   if ( bits >= 64 || name == "DstIp6" || name == "InPorts" ) {
+      for ( uint8_t byte : mask ) {
+         if ( byte != 0xff ) {
+            return false;
+         }
+      }
+      return !mask.empty();
+   }
+   return bigEndianNumber( mask ) == ( uint64_t{ 1 } << bits ) - 1;
+}
+
+FieldText decode( std::string_view name, std::span<const uint8_t> bytes, bool isMask ) {
+   if ( name == "DstMac" ) {
+      return formatMac( bytes );
+   }
+   if ( name == "DstIp" ) {
+      return formatIpv4( bytes );
+   }
+   if ( name == "DstIp6" ) {
+      return formatIpv6( bytes );
+   }
+   if ( name == "InPorts" ) {
+      return portsOfBitmap( bytes );
+   }
+   const uint64_t number = bigEndianNumber( bytes );
+   if ( !isMask && name == "IpType" ) {
+      if ( auto text = ipTypeName( number ) ) {
+         return *text;
+      }
+   }
+   if ( !isMask && name == "PacketRes" ) {
+      if ( auto text = packetResName( number ) ) {
+         return *text;
+      }
+   }
+   return number;
+}
+
+FieldValue valueOf( std::string_view name, std::span<const uint8_t> data,
+                    std::span<const uint8_t> mask ) {
+   return FieldValue{ decode( name, data, false ), decode( name, mask, true ),
+                      coversField( name, mask ) };
+}
+
+// Compressed values are left-aligned in 16 bytes; these are their widths.
+size_t compressedWidth( std::string_view name ) {
+   if ( name == "IpProtocol" ) {
+      return 1;
+   }
+   if ( name == "L4SrcPort" || name == "L4DstPort" || name == "EtherType" ) {
+      return 2;
+   }
+   if ( name == "DstIp" ) {
+      return 4;
+   }
+   if ( name == "DstMac" ) {
+      return 6;
+   }
+   return 16;
+}
+
+}  // namespace
+
+std::string formatMac( std::span<const uint8_t> bytes ) {
+   std::string text;
+   for ( uint8_t byte : bytes ) {
+      char part[4];
+      std::snprintf( part, sizeof part, text.empty() ? "%02x" : ":%02x", byte );
+      text += part;
+   }
+   return text;
+}
+
+std::string formatIpv4( std::span<const uint8_t> bytes ) {
+   std::string text;
+   for ( uint8_t byte : bytes ) {
+      text += ( text.empty() ? "" : "." ) + std::to_string( byte );
+   }
+   return text;
+}
+
+std::string formatIpv6( std::span<const uint8_t> bytes ) {
+   uint16_t groups[8] = {};
+   for ( size_t i = 0; i < 8 && 2 * i + 1 < bytes.size(); ++i ) {
+      groups[i] = uint16_t( ( bytes[2 * i] << 8 ) | bytes[2 * i + 1] );
+   }
+   // RFC 5952: the longest run of two or more zero groups becomes "::", the
+   // first one when runs tie; a single zero group stays "0".
+   int bestStart = -1;
+   int bestLength = 1;
+   for ( int i = 0; i < 8; ) {
+      if ( groups[i] != 0 ) {
+         ++i;
+         continue;
+      }
+      int j = i;
+      while ( j < 8 && groups[j] == 0 ) {
+         ++j;
+      }
+      if ( j - i > bestLength ) {
+         bestStart = i;
+         bestLength = j - i;
+      }
+      i = j;
+   }
+   std::string text;
+   for ( int i = 0; i < 8; ++i ) {
+      if ( i == bestStart ) {
+         text += "::";
+         i += bestLength - 1;
+         continue;
+      }
+      char group[6];
+      std::snprintf( group, sizeof group, "%x", groups[i] );
+      if ( !text.empty() && text.back() != ':' ) {
+         text += ':';
+      }
+      text += group;
+   }
+   return text;
+}
+
+std::vector<int> portsOfBitmap( std::span<const uint8_t> bytes ) {
+   std::vector<int> ports;
+   const size_t count = bytes.size();
+   for ( size_t i = 0; i < count; ++i ) {
+      const uint8_t byte = bytes[count - 1 - i];
+      for ( int bit = 0; bit < 8; ++bit ) {
+         if ( ( byte >> bit ) & 1 ) {
+            ports.push_back( int( i * 8 ) + bit );
+         }
+      }
+   }
+   return ports;
+}
+
+QualifierState describeQualifier( const Sim::QualifierView& view ) {
+   QualifierState state{ view.name, {} };
+   if ( !view.data.empty() ) {
+      state.values.push_back( valueOf( view.name, view.data, view.mask ) );
+   }
+   const size_t width = compressedWidth( view.name );
+   for ( const Shim::CompressedValue& value : view.compressed ) {
+      state.values.push_back( valueOf( view.name,
+                                       std::span( value.data.bytes ).first( width ),
+                                       std::span( value.mask.bytes ).first( width ) ) );
+   }
+   return state;
+}
+
+}  // namespace FerroAcl
