@@ -215,33 +215,6 @@ TEST_P( L3RuleLookup, EspAndWespClassIdsOnlyWhereTheChipNeedsThem ) {
    } );
 }
 
-TEST_P( L3RuleLookup, SelfIpQualifierMatchesTheChipsNextHopForm ) {
-   forEachUnit( [ & ]( U16 unit, const FerroCentral::ChipAttributes& chip ) {
-      auto qualifiers = [ & ]( U32 entry ) {
-         std::map<std::string, std::vector<uint8_t>> q;
-         const auto view = Sim::FieldProcessor::instance().entry( unit, entry );
-         for ( const auto& v : view->software.qualifiers ) {
-            q[ v.name ] = v.data;
-         }
-         return q;
-      };
-      const auto bgp = qualifiers( s_.helper->bgpRule( unit ) );
-      EXPECT_EQ( bgp.count( "DstClassL3" ), chip.dstClassL3Supported ? 1u : 0u );
-      EXPECT_EQ( bgp.count( "DstL3EgressNextHops" ), chip.dstClassL3Supported ? 0u : 1u );
-      uint32 data = 0, mask = 0;
-      if ( chip.dstClassL3Supported ) {
-         Shim::sdk_->bcm_field_qualify_DstClassL3_get( unit, s_.helper->bgpRule( unit ), &data, &mask );
-         EXPECT_EQ( data, 1u );
-         EXPECT_EQ( mask, 1023u );
-      } else {
-         Shim::sdk_->bcm_field_qualify_DstL3EgressNextHops_get( unit, s_.helper->bgpRule( unit ),
-                                                              &data, &mask );
-         EXPECT_EQ( data, 3u );
-         EXPECT_EQ( mask, 0xFFFFFFFFu );
-      }
-   } );
-}
-
 TEST_P( L3RuleLookup, EntriesRunUpFromTheBaseInRuleOrderAndAreRecorded ) {
    forEachUnit( [ & ]( U16 unit, const FerroCentral::ChipAttributes& ) {
       const U32 base = Agent::ManagerLayout::l3Base;
