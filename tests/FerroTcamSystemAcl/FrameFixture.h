@@ -6,12 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "FerroTcamSystemAcl/CheckedCall.h"
 #include "platform/agent/SwitchBringup.h"
-#include "platform/runtime/ActivityLock.h"
 #include "platform/runtime/Trace.h"
 #include "platform/sdk/Simulator.h"
 
@@ -42,30 +38,6 @@ class SwitchFixture : public ::testing::Test {
    Agent::Switch::Ptr sw;
    int unit = 0;
    int entry = 0;
-};
-
-// The agent's locks as it holds them while it runs an operation: the activity lock
-// `activityDepth` times (it is recursive) and the interpreter lock once. Given back
-// when the test ends, whatever happened.
-class AgentLocks {
-  public:
-   explicit AgentLocks( int activityDepth = 1 ) : activityDepth_( activityDepth ) {
-      Kel::interpreterLock().lock();
-      for ( int i = 0; i < activityDepth_; ++i ) {
-         Kel::activityLock().lock();
-      }
-   }
-   ~AgentLocks() {
-      for ( int i = 0; i < activityDepth_; ++i ) {
-         Kel::activityLock().unlock();
-      }
-      Kel::interpreterLock().unlock();
-   }
-   AgentLocks( const AgentLocks& ) = delete;
-   AgentLocks& operator=( const AgentLocks& ) = delete;
-
-  private:
-   int activityDepth_;
 };
 
 }  // namespace FrameTest

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <any>
-#include <functional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -17,8 +17,8 @@ using namespace FrameTest;
 using FerroTcamSystemAcl::Helper;
 using FerroTcamSystemAcl::HelperBase;
 using FerroTcamSystemAcl::IpfixPortProgrammerSm;
-using Lumo::ReflectAccess;
-using Lumo::ReflectResult;
+using Access = Lumo::ReflectAccess;
+using Result = Lumo::ReflectResult;
 
 class NotificationLog : public Lumo::Reactor {
   public:
@@ -33,21 +33,12 @@ std::vector<Lumo::AttributeId> smChanges( size_t count ) {
    return std::vector<Lumo::AttributeId>( count, Helper::attrIpfixPortProgrammerSm );
 }
 
-// The key of every entry of the L2 control group.
-FerroTcam::RequestKey l2ControlKey() {
-   return FerroTcam::RequestKey( "PBMP_E_ALL for l2 ctrl group", false );
-}
-
-// A Helper created by name as the agent creates it, on the default switch, with its
-// notifications logged.
-class HelperFixture : public SwitchFixture {
+// A Helper attached to the default switch, with its notifications logged.
+class HelperTest : public SwitchFixture {
   protected:
    void SetUp() override {
       SwitchFixture::SetUp();
-      Lumo::Ptr<Lumo::Node> node =
-         Lumo::TypeRegistry::instance().create( "FerroTcamSystemAcl::Helper", "helper" );
-      helper = Lumo::Ptr<Helper>( dynamic_cast<Helper*>( node.get() ) );
-      ASSERT_TRUE( helper );
+      helper = Lumo::makePtr<Helper>( "helper" );
       sw->attach( *helper );
       log.notifierIs( &helper->publisher() );
    }
@@ -56,98 +47,73 @@ class HelperFixture : public SwitchFixture {
       SwitchFixture::TearDown();
    }
 
+   // One reflected access, to be answered with `expected`; what it handed back.
+   std::any inspect( Lumo::AttributeId attribute, Access access,
+                     std::vector<std::any> args = {}, Result expected = Result::ok ) {
+      Lumo::ReflectIo io;
+      io.args = std::move( args );
+      EXPECT_EQ( helper->inspectOperation( attribute, access, io ), expected )
+         << "attribute " << attribute << " access " << int( access );
+      return io.result;
+   }
+
    Lumo::Ptr<Helper> helper;
    NotificationLog log;
 };
 
-using HelperIpfixPortProgrammerSm = HelperFixture;
-using HelperQueries = HelperFixture;
-using HelperEmptyOperations = HelperFixture;
-using HelperReflection = HelperFixture;
-
-TEST_F( HelperIpfixPortProgrammerSm, KeptForTheSameConfigAndHelperReplacedOtherwise ) {
+TEST_F( HelperTest, IpfixPortProgrammerSmIsPublishedOncePerChange ) {
    const HwFlowTracking::Config::Ptr config = sw->flowTracking;
    const auto other = Lumo::makePtr<HwFlowTracking::Config>();
+   EXPECT_FALSE( helper->ipfixPortProgrammerSmDel() );
+   EXPECT_TRUE( log.attributes.empty() );
 
-   const IpfixPortProgrammerSm::Ptr first =
-      helper->ipfixPortProgrammerSmIs( config, helper.get() );
+   const auto first = helper->ipfixPortProgrammerSmIs( config, helper.get() );
    ASSERT_TRUE( first );
    EXPECT_TRUE( first->config() == config );
    EXPECT_EQ( first->helperBase(), helper.get() );
    EXPECT_TRUE( first->hasNotificationActive() );
-   EXPECT_TRUE( helper->ipfixPortProgrammerSm() == first );
-   EXPECT_EQ( log.attributes, smChanges( 1 ) );
-
    EXPECT_TRUE( helper->ipfixPortProgrammerSmIs( config, helper.get() ) == first );
    EXPECT_EQ( log.attributes, smChanges( 1 ) );
 
+   // Another configuration, or the same one for another helper, is another machine.
    const auto second = helper->ipfixPortProgrammerSmIs( other, helper.get() );
    EXPECT_FALSE( second == first );
-   EXPECT_TRUE( second->config() == other );
-   EXPECT_TRUE( second->hasNotificationActive() );
-   EXPECT_TRUE( helper->ipfixPortProgrammerSm() == second );
-   EXPECT_EQ( log.attributes, smChanges( 2 ) );
    EXPECT_EQ( first->refCount(), 1u );  // the helper let go of the first one
-
-   // The same configuration for another helper is another machine too.
    const auto third = helper->ipfixPortProgrammerSmIs( other, nullptr );
    EXPECT_FALSE( third == second );
-   EXPECT_EQ( third->helperBase(), nullptr );
+   EXPECT_TRUE( helper->ipfixPortProgrammerSm() == third );
    EXPECT_EQ( log.attributes, smChanges( 3 ) );
-}
 
-TEST_F( HelperIpfixPortProgrammerSm, DeletedOnceAndOnDestruction ) {
-   EXPECT_FALSE( helper->ipfixPortProgrammerSmDel() );
-   EXPECT_TRUE( log.attributes.empty() );
-
-   const auto held = helper->ipfixPortProgrammerSmIs( sw->flowTracking, helper.get() );
-   const auto deleted = helper->ipfixPortProgrammerSmDel();
-   EXPECT_TRUE( deleted == held );
-   EXPECT_FALSE( deleted->hasNotificationActive() );
+   EXPECT_TRUE( helper->ipfixPortProgrammerSmDel() == third );
+   EXPECT_FALSE( third->hasNotificationActive() );
    EXPECT_FALSE( helper->ipfixPortProgrammerSm() );
-   EXPECT_EQ( log.attributes, smChanges( 2 ) );
    EXPECT_FALSE( helper->ipfixPortProgrammerSmDel() );
-   EXPECT_EQ( log.attributes, smChanges( 2 ) );
+   EXPECT_EQ( log.attributes, smChanges( 4 ) );
 
-   const auto last = helper->ipfixPortProgrammerSmIs( sw->flowTracking, helper.get() );
-   ASSERT_EQ( last->refCount(), 2u );
+   // Destroying the helper deletes the machine it holds.
+   const auto last = helper->ipfixPortProgrammerSmIs( config, helper.get() );
    helper.reset();
    EXPECT_FALSE( last->hasNotificationActive() );
    EXPECT_EQ( last->refCount(), 1u );
-   EXPECT_EQ( log.attributes, smChanges( 4 ) );
+   EXPECT_EQ( log.attributes, smChanges( 6 ) );
 }
 
-TEST_F( HelperQueries, ModelFromTheGroupManagersChipInfo ) {
+TEST_F( HelperTest, ModelOfAKnownAndOfAnUnknownUnit ) {
    const U8 unknown = FerroCentral::ChipInfo().model;
-   for ( U16 u : { 0, 1 } ) {
-      ASSERT_NE( sw->chip( u )->model, unknown );
-      EXPECT_EQ( helper->model( u ), sw->chip( u )->model ) << "unit " << u;
-   }
+   ASSERT_NE( sw->chip( 0 )->model, unknown );
+   EXPECT_EQ( helper->model( 0 ), sw->chip( 0 )->model );
    sw->groupManager->modChipInfo[ 9 ].model = 77;
    EXPECT_EQ( helper->model( 9 ), 77 );
    EXPECT_EQ( helper->model( 200 ), unknown );
    // A helper that was never attached has no group manager to ask.
-   Helper detached( "detached" );
-   EXPECT_EQ( detached.model( 0 ), unknown );
+   EXPECT_EQ( Helper( "detached" ).model( 0 ), unknown );
 }
 
-TEST_F( HelperQueries, L2ProtocolFwdSupportedFollowsThePlatformAtEveryCall ) {
-   const FerroCentral::FerroAttributes::PtrConst saved = FerroCentral::ferroAttributes();
-   for ( bool supported : { true, false, true } ) {
-      auto attributes = Lumo::makePtr<FerroCentral::FerroAttributes>();
-      attributes->l2ProtocolFwdSupported = supported;
-      FerroCentral::ferroAttributesIs( attributes );
-      EXPECT_EQ( helper->l2ProtocolFwdSupported(), supported );
-   }
-   FerroCentral::ferroAttributesIs( saved );
-}
-
-TEST_F( HelperQueries, RequestKeyOfTheL2ControlClasses ) {
+TEST_F( HelperTest, RequestKeyOfTheL2ControlClassesAndAbortForAnyOther ) {
    for ( U32 classId : { 1u, 2u, 3u, 8u } ) {
       const FerroTcam::RequestKey key = helper->getRequestKeyForProtocol( classId );
-      EXPECT_TRUE( key.isEq( l2ControlKey() ) ) << "class " << classId;
-      EXPECT_EQ( key.tag(), "PBMP_E_ALL for l2 ctrl group" );
-      EXPECT_FALSE( key.flag() );
+      EXPECT_EQ( key.tag(), "PBMP_E_ALL for l2 ctrl group" ) << "class " << classId;
+      EXPECT_FALSE( key.flag() ) << "class " << classId;
    }
    for ( U32 classId : { 0u, 4u } ) {
       EXPECT_DEATH( helper->getRequestKeyForProtocol( classId ),
@@ -157,121 +123,65 @@ TEST_F( HelperQueries, RequestKeyOfTheL2ControlClasses ) {
    }
 }
 
-TEST_F( HelperEmptyOperations, TouchNeitherTheChipNorTheRuleTables ) {
-   using Operation = std::function<void( HelperBase&, U16 )>;
-   const std::pair<const char*, Operation> operations[] = {
-      { "doInstallMvrpRule", []( HelperBase& h, U16 u ) { h.doInstallMvrpRule( u ); } },
-      { "doInstallL2McastPTPRule",
-        []( HelperBase& h, U16 u ) { h.doInstallL2McastPTPRule( u ); } },
-      { "doInstallL2UnicastPTPRule",
-        []( HelperBase& h, U16 u ) { h.doInstallL2UnicastPTPRule( u ); } },
-      { "doInstallIpv4McastPTPRule",
-        []( HelperBase& h, U16 u ) { h.doInstallIpv4McastPTPRule( u ); } },
-      { "doInstallIpv4UnicastFwdPTPRule",
-        []( HelperBase& h, U16 u ) { h.doInstallIpv4UnicastFwdPTPRule( u ); } },
-      { "doInstallIpv4ElevatorPTPRule",
-        []( HelperBase& h, U16 u ) { h.doInstallIpv4ElevatorPTPRule( u ); } },
-      { "configureCosQueueMap",
-        []( HelperBase& h, U16 u ) { h.configureCosQueueMap( u ); } },
-      { "configureMvrpTrapToCpuAction on",
-        []( HelperBase& h, U16 u ) { h.configureMvrpTrapToCpuAction( u, true ); } },
-      { "configureMvrpTrapToCpuAction off",
-        []( HelperBase& h, U16 u ) { h.configureMvrpTrapToCpuAction( u, false ); } },
+TEST_F( HelperTest, InertOperationsMakeNoSdkCall ) {
+   // Called through the base, as the agent calls them.
+#define OPERATION( call ) { #call, []( HelperBase& h, U16 u ) { h.call; } }
+   const std::pair<const char*, void ( * )( HelperBase&, U16 )> operations[] = {
+      OPERATION( doInstallMvrpRule( u ) ),
+      OPERATION( doInstallL2McastPTPRule( u ) ),
+      OPERATION( doInstallL2UnicastPTPRule( u ) ),
+      OPERATION( doInstallIpv4McastPTPRule( u ) ),
+      OPERATION( doInstallIpv4UnicastFwdPTPRule( u ) ),
+      OPERATION( doInstallIpv4ElevatorPTPRule( u ) ),
+      OPERATION( configureCosQueueMap( u ) ),
+      OPERATION( configureMvrpTrapToCpuAction( u, true ) ),
+      OPERATION( configureMvrpTrapToCpuAction( u, false ) ),
    };
-   const auto entriesBefore = chip().entries( 0 ).size();
+#undef OPERATION
    for ( const auto& [ name, operation ] : operations ) {
       for ( U16 u : { 0, 1, 7 } ) {
-         operation( *helper, u );  // through the base, as the agent calls them
+         operation( *helper, u );
          EXPECT_TRUE( chip().journal().empty() ) << name << " unit " << u;
       }
    }
    EXPECT_EQ( chip().preCallHookCount(), 0 );
-   EXPECT_EQ( chip().entries( 0 ).size(), entriesBefore );
-   for ( const auto& [ table, rules ] : helper->ruleTables() ) {
-      EXPECT_TRUE( rules->empty() ) << table;
-   }
-   EXPECT_TRUE( log.attributes.empty() );
 }
 
-// One reflected access; the result is the runtime's answer and what it handed back.
-std::pair<ReflectResult, std::any> inspect( Helper& helper, Lumo::AttributeId attribute,
-                                            ReflectAccess access,
-                                            std::vector<std::any> args = {} ) {
-   Lumo::ReflectIo io;
-   io.args = std::move( args );
-   const ReflectResult result = helper.inspectOperation( attribute, access, io );
-   return { result, io.result };
-}
-
-TEST_F( HelperReflection, IpfixPortProgrammerSmReadSetAndDelete ) {
-   const auto smOf = []( const std::any& value ) {
-      return std::any_cast<IpfixPortProgrammerSm::Ptr>( value );
-   };
-   const auto attr = Helper::attrIpfixPortProgrammerSm;
-   auto [ readNone, none ] = inspect( *helper, attr, ReflectAccess::read );
-   EXPECT_EQ( readNone, ReflectResult::ok );
-   EXPECT_FALSE( smOf( none ) );
-
+TEST_F( HelperTest, ReflectionAnswersWhatIsOfferedAndRefusesTheRest ) {
+   using SmPtr = IpfixPortProgrammerSm::Ptr;
+   const auto sm = Helper::attrIpfixPortProgrammerSm;
+   const auto model = Helper::attrModel;
    HelperBase* base = helper.get();
-   auto [ set, created ] =
-      inspect( *helper, attr, ReflectAccess::set, { sw->flowTracking, base } );
-   ASSERT_EQ( set, ReflectResult::ok );
-   EXPECT_TRUE( smOf( created ) == helper->ipfixPortProgrammerSm() );
-   EXPECT_TRUE( helper->ipfixPortProgrammerSm()->config() == sw->flowTracking );
-   EXPECT_EQ( log.attributes, smChanges( 1 ) );
-   EXPECT_EQ( inspect( *helper, attr, ReflectAccess::set, { sw->flowTracking } ).first,
-              ReflectResult::badArguments );
+   const auto created =
+      std::any_cast<SmPtr>( inspect( sm, Access::set, { sw->flowTracking, base } ) );
+   ASSERT_TRUE( created );
+   EXPECT_TRUE( created == helper->ipfixPortProgrammerSm() );
+   EXPECT_TRUE( created->config() == sw->flowTracking );
+   EXPECT_TRUE( std::any_cast<SmPtr>( inspect( sm, Access::read ) ) == created );
+   EXPECT_TRUE( std::any_cast<SmPtr>( inspect( sm, Access::del ) ) == created );
+   EXPECT_FALSE( helper->ipfixPortProgrammerSm() );
+   EXPECT_FALSE( std::any_cast<SmPtr>( inspect( sm, Access::read ) ) );
+   EXPECT_EQ( std::any_cast<U8>( inspect( model, Access::call, { U16( 1 ) } ) ),
+              sw->chip( 1 )->model );
+   // Below the Helper's range HelperBase answers: its name, and no more.
+   EXPECT_EQ( std::any_cast<Lumo::String>( inspect( 1, Access::read ) ), "helper" );
 
-   auto [ read, held ] = inspect( *helper, attr, ReflectAccess::read );
-   EXPECT_EQ( read, ReflectResult::ok );
-   EXPECT_TRUE( smOf( held ) == smOf( created ) );
-   EXPECT_EQ( inspect( *helper, attr, ReflectAccess::call ).first,
-              ReflectResult::accessRefused );
-
-   auto [ del, deleted ] = inspect( *helper, attr, ReflectAccess::del );
-   EXPECT_EQ( del, ReflectResult::ok );
-   EXPECT_TRUE( smOf( deleted ) == smOf( created ) );
+   const std::tuple<Lumo::AttributeId, Access, std::vector<std::any>, Result> cases[] = {
+      { sm - 1, Access::read, {}, Result::unknownAttribute },
+      { sm, Access::call, {}, Result::accessRefused },
+      { sm, Access::set, { sw->flowTracking }, Result::badArguments },
+      { model, Access::call, { 1 }, Result::badArguments },  // not a U16
+      // The operations are only called.
+      { Helper::attrTrapViaInPortForEntryInt, Access::read, {}, Result::accessRefused },
+      { Helper::attrGetPbmpForL2ProfileRule, Access::set, {}, Result::accessRefused },
+      { model, Access::del, { U16( 0 ) }, Result::accessRefused },
+      { model + 1, Access::read, {}, Result::unknownAttribute },
+   };
+   for ( const auto& [ attribute, access, args, result ] : cases ) {
+      inspect( attribute, access, args, result );
+   }
    EXPECT_FALSE( helper->ipfixPortProgrammerSm() );
    EXPECT_EQ( log.attributes, smChanges( 2 ) );
-}
-
-TEST_F( HelperReflection, OperationsOnlyByCallAndLowerIdsToHelperBase ) {
-   auto [ model, unitModel ] =
-      inspect( *helper, Helper::attrModel, ReflectAccess::call, { U16( 1 ) } );
-   EXPECT_EQ( model, ReflectResult::ok );
-   EXPECT_EQ( std::any_cast<U8>( unitModel ), sw->chip( 1 )->model );
-   EXPECT_EQ( inspect( *helper, Helper::attrModel, ReflectAccess::call, { 1 } ).first,
-              ReflectResult::badArguments );
-
-   auto [ key, requestKey ] = inspect( *helper, Helper::attrGetRequestKeyForProtocol,
-                                       ReflectAccess::call, { 8u } );
-   EXPECT_EQ( key, ReflectResult::ok );
-   EXPECT_TRUE( std::any_cast<FerroTcam::RequestKey>( requestKey ).isEq( l2ControlKey() ) );
-
-   for ( Lumo::AttributeId operation :
-         { Helper::attrInstallL2ControlSystemTcamEntry,
-           Helper::attrGetRequestKeyForProtocol, Helper::attrTrapViaInPortForEntryInt,
-           Helper::attrUpdateInPortsForEntryHelper, Helper::attrGetPbmpForL2ProfileRule,
-           Helper::attrModel } ) {
-      for ( ReflectAccess access : { ReflectAccess::read, ReflectAccess::set,
-                                     ReflectAccess::del } ) {
-         EXPECT_EQ( inspect( *helper, operation, access, { U16( 0 ) } ).first,
-                    ReflectResult::accessRefused )
-            << "attribute " << operation << " access " << int( access );
-      }
-   }
-   EXPECT_EQ( inspect( *helper, Helper::attrModel + 1, ReflectAccess::call ).first,
-              ReflectResult::unknownAttribute );
-
-   // HelperBase answers below the Helper's range: its name, and nothing else.
-   auto [ name, helperName ] = inspect( *helper, 1, ReflectAccess::read );
-   EXPECT_EQ( name, ReflectResult::ok );
-   EXPECT_EQ( std::any_cast<Lumo::String>( helperName ), "helper" );
-   EXPECT_EQ( inspect( *helper, 1, ReflectAccess::set, { Lumo::String( "x" ) } ).first,
-              ReflectResult::accessRefused );
-   const Lumo::AttributeId belowHelper = HelperBase::firstHelperAttribute - 1;
-   EXPECT_EQ( inspect( *helper, belowHelper, ReflectAccess::read ).first,
-              ReflectResult::unknownAttribute );
 }
 
 }  // namespace
