@@ -1,6 +1,6 @@
 #include "tests/platform/sdk/SdkFixture.h"
 
-#include <cstdio>
+#include <sstream>
 
 namespace SdkTest {
 
@@ -14,9 +14,7 @@ bcm_field_qset_t qsetOf( std::initializer_list<bcm_field_qualify_t> qualifiers )
 }
 
 bcm_field_qset_t ingressQset() {
-   bcm_field_qset_t qset;
-   BCM_FIELD_QSET_INIT( qset );
-   BCM_FIELD_QSET_ADD( qset, bcmFieldQualifyStageIngress );
+   bcm_field_qset_t qset = qsetOf( { bcmFieldQualifyStageIngress } );
    for ( int q = bcmFieldQualifyInPorts; q < bcmFieldQualifyCount; ++q ) {
       BCM_FIELD_QSET_ADD( qset, q );
    }
@@ -33,8 +31,7 @@ bcm_pbmp_t portsOf( std::initializer_list<int> ports ) {
 }
 
 bcm_pbmp_t portRange( int first, int last ) {
-   bcm_pbmp_t bitmap;
-   BCM_PBMP_CLEAR( bitmap );
+   bcm_pbmp_t bitmap = portsOf( {} );
    for ( int port = first; port <= last; ++port ) {
       BCM_PBMP_PORT_ADD( bitmap, port );
    }
@@ -43,63 +40,60 @@ bcm_pbmp_t portRange( int first, int last ) {
 
 namespace {
 
-std::string bytes( const std::vector<uint8_t>& data ) {
-   std::string text;
-   char hex[4];
-   for ( uint8_t b : data ) {
-      std::snprintf( hex, sizeof hex, "%02x", b );
-      text += hex;
+template <typename Bytes>
+void put( std::ostream& out, const Bytes& bytes ) {
+   for ( uint8_t b : bytes ) {
+      out << ' ' << int( b );
    }
-   return text;
 }
 
-std::string describe( const Sim::EntryCopy& copy ) {
-   std::string text;
+void put( std::ostream& out, const Sim::EntryCopy& copy ) {
    for ( const Sim::QualifierView& q : copy.qualifiers ) {
-      text += " " + q.name + "=" + bytes( q.data ) + "/" + bytes( q.mask );
+      out << ' ' << q.name << ':';
+      put( out, q.data );
+      out << " /";
+      put( out, q.mask );
       for ( const Shim::CompressedValue& v : q.compressed ) {
-         text += " |" + bytes( { v.data.bytes.begin(), v.data.bytes.end() } ) + "/" +
-                 bytes( { v.mask.bytes.begin(), v.mask.bytes.end() } ) + "#" +
-                 std::to_string( v.classId );
+         out << " |" << v.classId << '/' << v.classMask << ':';
+         put( out, v.data.bytes );
+         out << " /";
+         put( out, v.mask.bytes );
       }
    }
    for ( const Sim::ActionView& a : copy.actions ) {
-      text += " " + a.name + "(" + std::to_string( a.param0 ) + "," +
-              std::to_string( a.param1 ) + ")";
+      out << ' ' << a.name << '(' << a.param0 << ',' << a.param1 << ')';
    }
-   return text;
 }
 
 }  // namespace
 
-std::string describe( const std::vector<Sim::EntryView>& entries ) {
-   std::string text;
-   for ( const Sim::EntryView& e : entries ) {
-      text += "entry " + std::to_string( e.id ) + " group " + std::to_string( e.group ) +
-              " prio " + std::to_string( e.priority ) +
-              ( e.installed ? " installed" : "" ) + ( e.enabled ? " enabled" : "" ) +
-              "\n sw:" + describe( e.software ) + "\n hw:" + describe( e.hardware ) +
-              "\n";
+std::string describe( int unit ) {
+   std::ostringstream out;
+   for ( const Sim::EntryView& e : Sim::FieldProcessor::instance().entries( unit ) ) {
+      out << e.id << " group " << e.group << " prio " << e.priority << " installed "
+          << e.installed << " enabled " << e.enabled << "\n sw:";
+      put( out, e.software );
+      out << "\n hw:";
+      put( out, e.hardware );
+      out << '\n';
    }
-   return text;
+   return out.str();
 }
 
-void SdkFixture::SetUp() {
-   fp.reset();
+void SdkFixture::bringUp( Sim::SdkVersion version ) {
+   fp.reset( version );
    ASSERT_EQ( Shim::sdk_, &fp );
    ASSERT_EQ( 0, fp.attachUnit( kUnit, Sim::UnitConfig{} ) );
+   const bcm_field_qset_t vlan =
+       qsetOf( { bcmFieldQualifyStageLookup, bcmFieldQualifyInPorts,
+                 bcmFieldQualifyDstMac, bcmFieldQualifyEtherType } );
+   const bcm_field_qset_t narrow =
+       qsetOf( { bcmFieldQualifyStageIngress, bcmFieldQualifyL4DstPort } );
    ASSERT_EQ( 0, sdk.bcm_field_group_create_id( kUnit, ingressQset(), 10, kIngress ) );
    ASSERT_EQ( 0,
               sdk.bcm_field_group_create_id( kUnit, ingressQset(), 20, kIngressHigh ) );
-   ASSERT_EQ( 0, sdk.bcm_field_group_create_id(
-                     kUnit,
-                     qsetOf( { bcmFieldQualifyStageLookup, bcmFieldQualifyInPorts,
-                               bcmFieldQualifyDstMac, bcmFieldQualifyEtherType } ),
-                     5, kVlan ) );
-   ASSERT_EQ(
-       0, sdk.bcm_field_group_create_id(
-              kUnit, qsetOf( { bcmFieldQualifyStageIngress, bcmFieldQualifyL4DstPort } ),
-              1, kNarrow ) );
+   ASSERT_EQ( 0, sdk.bcm_field_group_create_id( kUnit, vlan, 5, kVlan ) );
+   ASSERT_EQ( 0, sdk.bcm_field_group_create_id( kUnit, narrow, 1, kNarrow ) );
 }
 
 void SdkFixture::createEntry( bcm_field_entry_t entry, bcm_field_group_t group,
@@ -112,8 +106,7 @@ void SdkFixture::installTrap( bcm_field_entry_t entry, uint16_t port, uint32_t q
                               bcm_field_group_t group, int priority ) {
    createEntry( entry, group, priority );
    ASSERT_EQ( 0, sdk.bcm_field_qualify_L4DstPort( kUnit, entry, port, 0xffff ) );
-   ASSERT_EQ(
-       0, sdk.bcm_field_action_add( kUnit, entry, bcmFieldActionCosQCpuNew, queue, 0 ) );
+   ASSERT_EQ( 0, addAction( entry, bcmFieldActionCosQCpuNew, queue ) );
    ASSERT_EQ( 0, sdk.bcm_field_entry_install( kUnit, entry ) );
 }
 
@@ -125,10 +118,6 @@ Sim::PacketFields SdkFixture::udpTo( uint16_t port ) {
    packet.l4SrcPort = 40000;
    packet.l4DstPort = port;
    return packet;
-}
-
-Sim::StageResult SdkFixture::ingress( const Sim::PacketFields& packet ) const {
-   return fp.lookup( kUnit, packet ).ingress;
 }
 
 std::vector<bcm_field_entry_t> SdkFixture::ingressHits(
