@@ -54,16 +54,16 @@ class SwitchTest : public ::testing::Test {
 
    // Requests `entry` from the L3 manager, matches TCP with it and sends it to
    // `queue`, uninstalled.
-   U32 tcpEntry( U32 entry, U32 queue, U32 unit = 0 ) {
-      EXPECT_EQ( sw_->l3Manager->getEntry( unit, entry, "tcp", {} ), entry );
-      EXPECT_EQ( Shim::sdk_->bcm_field_qualify_IpProtocol( unit, entry, 6, 0xff ), 0 );
-      EXPECT_EQ( Shim::sdk_->bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew,
-                                                   queue, 0 ),
-                 0 );
+   U32 tcpEntry( U32 entry, U32 queue ) {
+      EXPECT_EQ( sw_->l3Manager->getEntry( 0, entry, "tcp", {} ), entry );
+      EXPECT_EQ( Shim::sdk_->bcm_field_qualify_IpProtocol( 0, entry, 6, 0xff ), 0 );
+      EXPECT_EQ(
+         Shim::sdk_->bcm_field_action_add( 0, entry, bcmFieldActionCosQCpuNew, queue, 0 ), 0 );
       return entry;
    }
-   std::optional<uint32_t> cpuQueue( const Sim::PacketFields& packet, int unit = 0 ) {
-      return chip().lookup( unit, packet ).ingress.cpuQueue;
+   // The CPU queue a TCP packet on port 1 of unit 0 is sent to.
+   std::optional<uint32_t> cpuQueue() {
+      return chip().lookup( 0, tcpPacket() ).ingress.cpuQueue;
    }
 
    static constexpr U32 l3Base = Agent::ManagerLayout::l3Base;

@@ -26,49 +26,37 @@ TEST( Trace, LevelIsOnExactlyWhenItsBitIsSet ) {
             << "mask " << mask << " level " << level;
       }
    }
-   handle.maskIs( 0 );
-   for ( int level : { 3, 15, 16, -1 } ) {
-      handle.levelIs( level, true );
-   }
+   handle.maskIs( 0x0008 );
    handle.levelIs( 3, false );
+   handle.levelIs( 15, true );
+   handle.levelIs( 16, true );  // out of range: ignored
    EXPECT_EQ( handle.mask(), 0x8000 );
 }
 
-TEST( Trace, ConfigReachesExistingAndLaterHandles ) {
-   // '@' stands for a prefix of this run's own, so that --gtest_repeat meets
-   // fresh handles again.
+// A configuration reaches the handle made before it (A) and the one made after
+// it (B); one that does not parse changes neither. '@' stands for a prefix
+// fresh to each row and run, so that --gtest_repeat meets new handles too.
+TEST( Trace, ConfigReachesExistingAndLaterHandlesOrNone ) {
+   const std::tuple<const char*, bool, uint16_t, uint16_t> rows[] = {
+      { "@A/4", true, 0x0010, 0 }, { "@A/0-8", true, 0x01FF, 0 }, { "@B/*", true, 0, 0xFFFF },
+      { "@A", true, 0xFFFF, 0 }, { "@A/15,@B/2-3,@A/0", true, 0x8001, 0x000C },
+      { "@A/4,@B/-1", false, 0, 0 }, { "@A/16", false, 0, 0 }, { "@A/", false, 0, 0 },
+      { "/4", false, 0, 0 }, { "@A/4-", false, 0, 0 }, { "@A/8-2", false, 0, 0 },
+      { "@A/x", false, 0, 0 }, { "@A/1-2-3", false, 0, 0 } };
    static int run = 0;
-   const std::string prefix = "Cfg" + std::to_string( ++run );
-   auto named = [ & ]( std::string text ) {
-      for ( size_t at; ( at = text.find( '@' ) ) != std::string::npos; ) {
-         text.replace( at, 1, prefix );
-      }
-      return text;
-   };
-   const std::pair<const char*, std::vector<std::pair<const char*, uint16_t>>> cases[] = {
-      { "@A/4", { { "@A", 0x0010 } } },
-      { "@B/0-8", { { "@B", 0x01FF } } },
-      { "@C/*", { { "@C", 0xFFFF } } },
-      { "@D", { { "@D", 0xFFFF } } },
-      { "@E/15,@F/2-3,@E/0", { { "@E", 0x8001 }, { "@F", 0x000C } } } };
-   for ( const auto& [ config, masks ] : cases ) {
-      // The first handle exists before the config, any second one only after it.
-      ASSERT_EQ( traceHandle( named( masks[ 0 ].first ) ).mask(), 0 ) << config;
-      ASSERT_TRUE( traceConfigIs( named( config ) ) ) << config;
-      for ( const auto& [ name, mask ] : masks ) {
-         EXPECT_EQ( traceHandle( named( name ) ).mask(), mask ) << config << " -> " << name;
-      }
+   for ( const auto& [ config, parses, a, b ] : rows ) {
+      const std::string prefix = "Cfg" + std::to_string( ++run ) + "_";
+      auto named = [ & ]( std::string text ) {
+         for ( size_t at; ( at = text.find( '@' ) ) != std::string::npos; ) {
+            text.replace( at, 1, prefix );
+         }
+         return text;
+      };
+      TraceHandle& before = traceHandle( named( "@A" ) );
+      EXPECT_EQ( traceConfigIs( named( config ) ), parses ) << config;
+      EXPECT_EQ( before.mask(), a ) << config;
+      EXPECT_EQ( traceHandle( named( "@B" ) ).mask(), b ) << config;
    }
-}
-
-TEST( Trace, MalformedConfigChangesNothing ) {
-   TraceHandle& existing = traceHandle( "BadA" );
-   for ( const char* config : { "BadA/16", "BadA/", "/4", "BadA/4-", "BadA/8-2", "BadA/x",
-                                "BadA/1-2-3", "BadA/4,BadB/-1" } ) {
-      EXPECT_FALSE( traceConfigIs( config ) ) << config;
-   }
-   EXPECT_EQ( existing.mask(), 0 );
-   EXPECT_EQ( traceHandle( "BadB" ).mask(), 0 );
 }
 
 // FERRO_TRACE is read once per process, at the first handle, so only a fresh
@@ -104,12 +92,9 @@ TEST( Trace, MacroFormatsOnlyWhenOnAndDeliversOneLine ) {
    TraceHandle& handle = traceHandle( "SinkProbe" );
    handle.maskIs( 0x0004 );
    int calls = 0;
-   ::testing::internal::CaptureStderr();
    LUMO_TRACE( handle, 3, "off " << CountedFormat{ &calls } );
-   EXPECT_EQ( calls, 0 );
    const int line = __LINE__ + 1;
    LUMO_TRACE( handle, 2, "on " << CountedFormat{ &calls } << ' ' << 7 );
-   EXPECT_EQ( ::testing::internal::GetCapturedStderr(), "" ) << "a sink takes lines alone";
    traceSinkIs( nullptr );
    EXPECT_EQ( calls, 1 );
    ASSERT_EQ( lines.size(), 1u );
@@ -118,11 +103,4 @@ TEST( Trace, MacroFormatsOnlyWhenOnAndDeliversOneLine ) {
               std::tuple( "SinkProbe"s, 2, line, "on counted 7"s ) );
    EXPECT_STREQ( l.file, __FILE__ );
    EXPECT_STREQ( l.function, __func__ );
-
-   ::testing::internal::CaptureStderr();
-   LUMO_TRACE( handle, 2, "unsunk " << 42 );
-   const std::string err = ::testing::internal::GetCapturedStderr();
-   for ( const char* part : { "SinkProbe", __FILE__, "unsunk 42" } ) {
-      EXPECT_NE( err.find( part ), std::string::npos ) << part << " missing from " << err;
-   }
 }
