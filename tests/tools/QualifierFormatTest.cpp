@@ -47,6 +47,7 @@ TEST( QualifierFormat, ValuesByKind ) {
        { v65, "OuterVlanPri", "06", "07", { 6u, 7u, true } },
        { v65, "OuterVlanPri", "06", "06", { 6u, 6u, false } },
        { v65, "DstClassL3", "03ff", "03ff", { 1023u, 1023u, true } },
+       { v65, "DstPort", "fa00", "ff00", { "250:0", "255:0", false } },
        // Enumerations by the values of the running SDK version; a code that
        // is none of them stays a number.
        { v66, "IpType", "05", "ff", { "Ipv4Any", 255u, true } },

@@ -85,6 +85,10 @@ FieldText decode( std::string_view name, std::span<const uint8_t> bytes, bool is
    if ( name == "InPorts" ) {
       return portsOfBitmap( bytes );
    }
+   // A (module, port) pair, read as the chip keeps it: module byte, port byte.
+   if ( ( name == "SrcPort" || name == "DstPort" ) && bytes.size() == 2 ) {
+      return std::to_string( bytes[ 0 ] ) + ":" + std::to_string( bytes[ 1 ] );
+   }
    const uint64_t number = bigEndianNumber( bytes );
    if ( !isMask && name == "IpType" ) {
       if ( auto text = ipTypeName( number ) ) {

@@ -1,5 +1,6 @@
 // How qualifier values read: MAC and IP fields in address notation (IPv6 as
-// RFC 5952 text), in-port bitmaps as lists of port numbers, IP type and packet
+// RFC 5952 text), in-port bitmaps as lists of port numbers, source and
+// destination ports as "module:port", IP type and packet
 // resolution by their SDK names, everything else as a number. A field set
 // through the compression helpers holds every value it matches; a qualifier
 // then has several values. Shared by the JSON and the text output.
