@@ -33,10 +33,10 @@ void Helper::programSourceCpuPortDropRule( U16 unit, U32 entry ) {
       assert( sp != FerroTypes::FerroPort::invalid() && "Expecting cpu port at init time" );
       BCM_CHECK( bcm_field_qualify_SrcPort( unit, entry, sp.modId(), IN_PORT_FULL_MASK, sp.logicalPort(), IN_PORT_FULL_MASK ) );
    } else {
-      // The CPU port's bit, under the mask of every port of the unit.
-      bcm_pbmp_t cpuPbmp;
-      BCM_PBMP_CLEAR( cpuPbmp );
-      BCM_PBMP_PORT_ADD( cpuPbmp, CPU_IN_PORT_NUM );
+      // The CPU port (every port of the unit that is not an Ethernet port),
+      // under the mask of every port of the unit.
+      bcm_pbmp_t cpuPbmp = pbmpAll;
+      BCM_PBMP_REMOVE( cpuPbmp, FerroTcam::getPbmpEAll( *smData(), unit ) );
       qualifyInPorts( unit, entry, cpuPbmp, pbmpAll, model( unit ) );
       manager->addInPortsForEntry( unit, entry, cpuPbmp, pbmpAll );
    }

@@ -7,13 +7,14 @@
 #include "platform/agent/FerroCommon.h"
 #include "platform/runtime/IntTypes.h"
 
-void setL3NextHopQualifier( U32 unit, U32 entry,
+// Private to the library: not exported from the shared object.
+[[gnu::visibility( "hidden" )]] void setL3NextHopQualifier( U32 unit, U32 entry,
                             FerroCentral::ChipAttributes::PtrConst chipAttributes,
                             FerroCommon::L3LookupClassIds classId,
                             FerroCommon::L3NextHopTcamId nextHopId );
 
 // Only ever asked about the self-IP pairing, so the next-hop id it expects is
 // the self-IP one.
-void verifyL3NextHopQualifier( U32 unit, U32 entry,
+[[gnu::visibility( "hidden" )]] void verifyL3NextHopQualifier( U32 unit, U32 entry,
                                FerroCentral::ChipAttributes::PtrConst chipAttributes,
                                FerroCommon::L3LookupClassIds classId );

@@ -140,6 +140,8 @@ void Helper::doInstallAclRules( U16 unit ) {
    bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::vrrpRuleIs, operation );
 
+   // The BFD entries are programmed whole by the BFD installer, which binds no
+   // ports: BFD sessions may run on any interface, the CPU's included.
    ++entry;
    entry += programBfdControlAndEchoRules( unit, entry );
 

@@ -49,7 +49,7 @@ struct ChipCapabilities {
    bool gleanViaNextHopToCpu = false;     // glean caught by the CPU next hop's module id
    bool gleanClassIdSupported = false;    // glean caught by the glean class / next-hop id
    bool l3McCpuOifCosqSupported = false;  // "L3MC Cpu OIF" may also set a CPU queue
-   bool ipv6MulticastSupported = false;   // MLD and PIMv6 rules are installed and checked
+   bool ipv6MulticastSupported = false;   // MLD is trapped and PIMv6 is verified
    bool dstIpv6ClassSupported = false;    // IPv6 destinations matched by compressed class
                                           // (else by destination MAC)
    // BFD, in the order the BFD installer reads them
