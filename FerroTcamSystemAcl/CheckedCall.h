@@ -10,6 +10,7 @@
 
 #include <cassert>
 
+#include "FerroTcamSystemAcl/OperationContext.h"
 #include "platform/runtime/ActivityLock.h"
 #include "platform/runtime/Trace.h"
 #include "platform/sdk/Shim.h"
@@ -66,18 +67,10 @@ inline void uncheckedSdkCall( const CallSite& site, Call&& call ) {
 
 }  // namespace FerroTcamSystemAcl
 
-// The operation a failure is reported in. A helper that programs or checks
-// rules on behalf of an operation takes a parameter of this name, set to the
-// operation's __PRETTY_FUNCTION__, so that its failures name the operation the
-// agent called; everywhere else this null declaration is found and the
-// enclosing function is named.
-inline constexpr const char* checkedCallOperation = nullptr;
-
-#define FERRO_OPERATION_TEXT \
-   ( checkedCallOperation ? checkedCallOperation : __PRETTY_FUNCTION__ )
-
-#define FERRO_CALL_SITE( call ) \
-   ::FerroTcamSystemAcl::CallSite { __FILE__, __LINE__, __func__, FERRO_OPERATION_TEXT, #call }
+#define FERRO_CALL_SITE( call )                                                      \
+   ::FerroTcamSystemAcl::CallSite {                                                  \
+      __FILE__, __LINE__, FERRO_FUNCTION_NAME, FERRO_OPERATION_TEXT, #call          \
+   }
 
 // assert() that names the operation as above.
 #define FERRO_ASSERT( expression )                                                     \

@@ -20,6 +20,8 @@ constexpr U16 ipfixPort = 4739;
 
 void Helper::installL3ElevatorAndIpv6Rules( L3InstallState& state,
                                             const char* checkedCallOperation ) {
+   // Trace lines of the helpers and lambdas below belong to the operation.
+   const char* const checkedCallFunction = "doInstallAclRules";
    const U16 unit = state.unit;
    U32& entry = state.entry;
    const FerroCentral::ChipAttributes& attrs = *state.attributes;

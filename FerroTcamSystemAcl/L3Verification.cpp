@@ -41,7 +41,10 @@ bool looseStpMaskModel( U8 model ) { return model >= 32 && model <= 35; }
    } while ( 0 )
 
 void Helper::verifyInstalledAclRules( U16 unit ) {
+   // The checks below run partly in lambdas; their failures and trace lines
+   // belong to this operation.
    const char* const checkedCallOperation = __PRETTY_FUNCTION__;
+   const char* const checkedCallFunction = __func__;
    const FerroCentral::ChipInfo chipInfo = smData()->chipInfo( unit );
    const U8 chipModel = model( unit );
    FERRO_TRACE( 5, "Helper::" << "verifyInstalledAclRules" << " unit:" << unit );
@@ -64,9 +67,8 @@ void Helper::verifyInstalledAclRules( U16 unit ) {
       FERRO_ASSERT( data8 == BCM_STG_STP_FORWARD );
       if ( !strictMask && looseStpMaskModel( chipModel ) ) {
          if ( mask8 != TCAM_FIELD_INGRESS_STP_STATE_MASK ) {
-            LUMO_TRACE( defaultTrace(), 0, "verifyInstalledAclRules" << " ERROR: mask8 "
-                                           << unsigned( mask8 ) << " vs " << " expected: "
-                                           << 255 );
+            FERRO_TRACE( 0, "verifyInstalledAclRules" << " ERROR: mask8 " << unsigned( mask8 )
+                                                      << " vs " << " expected: " << 255 );
          }
          return;
       }

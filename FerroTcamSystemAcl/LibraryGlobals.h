@@ -1,6 +1,7 @@
 // Objects the library creates when it is loaded, and its default trace handle.
 #pragma once
 
+#include "FerroTcamSystemAcl/OperationContext.h"
 #include "platform/runtime/Log.h"
 #include "platform/runtime/Trace.h"
 
@@ -21,6 +22,7 @@ Lumo::TraceHandle& defaultTrace();
 }  // namespace FerroTcamSystemAcl
 
 // One line on the library's default trace handle, formatted only when `level`
-// is on.
-#define FERRO_TRACE( level, expression ) \
-   LUMO_TRACE( ::FerroTcamSystemAcl::defaultTrace(), level, expression )
+// is on, attributed to the operation (see OperationContext.h).
+#define FERRO_TRACE( level, expression )                                               \
+   LUMO_TRACE_IN( ::FerroTcamSystemAcl::defaultTrace(), level, FERRO_FUNCTION_NAME,    \
+                  expression )

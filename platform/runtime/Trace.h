@@ -60,14 +60,19 @@ void traceSinkIs( TraceSink sink );
 
 }  // namespace Lumo
 
-// Streams `expression` into one trace line when `level` is on for `handle`.
-#define LUMO_TRACE( handle, level, expression )                                     \
+// Streams `expression` into one trace line when `level` is on for `handle`,
+// attributed to `function`.
+#define LUMO_TRACE_IN( handle, level, function, expression )                        \
    do {                                                                             \
       ::Lumo::TraceHandle& lumoTraceHandle_ = ( handle );                           \
       if ( lumoTraceHandle_.enabled( level ) ) {                                    \
          std::ostringstream lumoTraceStream_;                                       \
          lumoTraceStream_ << expression;                                            \
-         lumoTraceHandle_.write( ( level ), __FILE__, __LINE__, __func__,           \
+         lumoTraceHandle_.write( ( level ), __FILE__, __LINE__, ( function ),       \
                                  lumoTraceStream_.view() );                         \
       }                                                                             \
    } while ( 0 )
+
+// The same, attributed to the enclosing function.
+#define LUMO_TRACE( handle, level, expression ) \
+   LUMO_TRACE_IN( handle, level, __func__, expression )

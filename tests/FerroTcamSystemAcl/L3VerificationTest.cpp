@@ -159,7 +159,7 @@ class StpMaskReadBack : public L3Verification {
   protected:
    void SetUp() override {
       Lumo::traceSinkIs( [ this ]( const Lumo::TraceLine& line ) {
-         if ( line.level == 0 ) lines_.push_back( line.text );
+         if ( line.level == 0 ) lines_.push_back( std::string( line.function ) + ": " + line.text );
       } );
       FerroTcamSystemAcl::defaultTrace().levelIs( 0, true );
    }
@@ -184,7 +184,8 @@ TEST_F( StpMaskReadBack, Model33PassesWithOneTraceLinePerRule ) {
    // the glean rule's mask is not looked at.
    ASSERT_EQ( lines_.size(), 10u );
    for ( const std::string& line : lines_ ) {
-      EXPECT_EQ( line, "verifyInstalledAclRules ERROR: mask8 3 vs  expected: 255" );
+      EXPECT_EQ( line, "verifyInstalledAclRules: verifyInstalledAclRules ERROR: mask8 3 vs  "
+                       "expected: 255" );
    }
 }
 
