@@ -173,13 +173,10 @@ int FieldProcessor::bcm_field_action_remove_all( int unit, bcm_field_entry_t ent
    return s.entryCall(
        "bcm_field_action_remove_all", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           e->software.clearActions();
           return 0;

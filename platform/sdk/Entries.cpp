@@ -99,19 +99,16 @@ int FieldProcessor::bcm_field_entry_destroy( int unit, bcm_field_entry_t entry )
    return s.entryCall(
        "bcm_field_entry_destroy", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           if ( e->installed ) {
              s.removeFromHardware( *e );
           }
           std::erase( e->group->entries, e );
-          u->entries.erase( entry );
+          s.findUnit( unit )->entries.erase( entry );
           return 0;
        },
        [&]( ArgWriter& w ) { w.dec( unit ).dec( entry ); } );
@@ -125,13 +122,10 @@ int FieldProcessor::bcm_field_entry_prio_set( int unit, bcm_field_entry_t entry,
    return s.entryCall(
        "bcm_field_entry_prio_set", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           e->priority = prio;
           return 0;
@@ -145,16 +139,10 @@ int FieldProcessor::bcm_field_entry_prio_get( int unit, bcm_field_entry_t entry,
    return s.entryCall(
        "bcm_field_entry_prio_get", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          if ( prio == nullptr ) {
-             return BCM_E_PARAM;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc, prio != nullptr );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           *prio = e->priority;
           return 0;
@@ -169,13 +157,10 @@ int FieldProcessor::bcm_field_entry_install( int unit, bcm_field_entry_t entry )
    return s.entryCall(
        "bcm_field_entry_install", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           e->hardware = e->software;
           e->installed = true;
@@ -192,13 +177,10 @@ int FieldProcessor::bcm_field_entry_reinstall( int unit, bcm_field_entry_t entry
    return s.entryCall(
        "bcm_field_entry_reinstall", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           if ( !e->installed ) {
              return BCM_E_PARAM;
@@ -214,13 +196,10 @@ int FieldProcessor::bcm_field_entry_remove( int unit, bcm_field_entry_t entry ) 
    return s.entryCall(
        "bcm_field_entry_remove", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           if ( !e->installed ) {
              return BCM_E_PARAM;
@@ -236,13 +215,10 @@ int FieldProcessor::bcm_field_entry_enable_set( int unit, bcm_field_entry_t entr
    return s.entryCall(
        "bcm_field_entry_enable_set", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           if ( !e->installed ) {
              return BCM_E_PARAM;
@@ -259,16 +235,10 @@ int FieldProcessor::bcm_field_entry_enable_get( int unit, bcm_field_entry_t entr
    return s.entryCall(
        "bcm_field_entry_enable_get", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          if ( enable == nullptr ) {
-             return BCM_E_PARAM;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc, enable != nullptr );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           *enable = e->installed && e->enabled ? 1 : 0;
           return 0;

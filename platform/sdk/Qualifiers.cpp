@@ -44,6 +44,24 @@ int checkData( const Unit& unit, bcm_field_qualify_t q, uint64_t data, uint64_t&
 }  // namespace
 
 // The entry a qualifier call edits, or the code why there is none.
+Entry* FieldProcessor::State::callEntry( int unit, bcm_field_entry_t entry, int& rc,
+                                         bool outputsGiven ) {
+   Unit* u = findUnit( unit );
+   if ( u == nullptr ) {
+      rc = BCM_E_UNIT;
+      return nullptr;
+   }
+   if ( !outputsGiven ) {
+      rc = BCM_E_PARAM;
+      return nullptr;
+   }
+   Entry* e = u->findEntry( entry );
+   if ( e == nullptr ) {
+      rc = BCM_E_NOT_FOUND;
+   }
+   return e;
+}
+
 Entry* FieldProcessor::State::qualifiedEntry( Unit& unit, bcm_field_entry_t entry,
                                               bcm_field_qualify_t q, int& rc ) {
    Entry* e = unit.findEntry( entry );
@@ -107,13 +125,10 @@ int FieldProcessor::bcm_field_qualify_clear( int unit, bcm_field_entry_t entry )
    return s.entryCall(
        "bcm_field_qualify_clear", unit, entry,
        [&]() -> int {
-          Unit* u = s.findUnit( unit );
-          if ( u == nullptr ) {
-             return BCM_E_UNIT;
-          }
-          Entry* e = u->findEntry( entry );
+          int rc = 0;
+          Entry* e = s.callEntry( unit, entry, rc );
           if ( e == nullptr ) {
-             return BCM_E_NOT_FOUND;
+             return rc;
           }
           e->software.clearQualifiers();
           return 0;

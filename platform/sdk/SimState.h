@@ -197,6 +197,10 @@ struct FieldProcessor::State {
    bool faultFires( const char* function, int unit, const int* entry, int& rc );
 
    // Operations shared by several files; all run under `mutex`.
+   // The entry of a per-entry call, checked in the SDK's order: the unit, then
+   // the caller's output pointers (outputsGiven), then the entry. Null, with
+   // rc set to BCM_E_UNIT, BCM_E_PARAM or BCM_E_NOT_FOUND, when one fails.
+   Entry* callEntry( int unit, bcm_field_entry_t entry, int& rc, bool outputsGiven = true );
    int removeFromHardware( Entry& entry );
    // The entry a qualifier call edits: known, and its group's set has q.
    static Entry* qualifiedEntry( Unit& unit, bcm_field_entry_t entry,
