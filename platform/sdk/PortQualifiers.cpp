@@ -102,88 +102,42 @@ int FieldProcessor::bcm_field_qualify_InPorts_get( int unit, bcm_field_entry_t e
        } );
 }
 
-int FieldProcessor::bcm_field_qualify_SrcPort( int unit, bcm_field_entry_t entry,
-                                               bcm_module_t dataModid,
-                                               bcm_module_t maskModid,
-                                               bcm_port_t dataPort,
-                                               bcm_port_t maskPort ) {
-   State& s = *state_;
-   return s.entryCall(
-       "bcm_field_qualify_SrcPort", unit, entry,
-       [&] {
-          return setModulePort( s, unit, entry, bcmFieldQualifySrcPort, dataModid,
-                                maskModid, dataPort, maskPort );
-       },
-       [&]( ArgWriter& w ) {
-          w.dec( unit )
-              .dec( entry )
-              .dec( dataModid )
-              .hex( static_cast<uint32_t>( maskModid ) );
-          w.dec( dataPort ).hex( static_cast<uint32_t>( maskPort ) );
-       } );
-}
-
-int FieldProcessor::bcm_field_qualify_SrcPort_get( int unit, bcm_field_entry_t entry,
-                                                   bcm_module_t* dataModid,
-                                                   bcm_module_t* maskModid,
-                                                   bcm_port_t* dataPort,
-                                                   bcm_port_t* maskPort ) {
-   State& s = *state_;
-   return s.entryCall(
-       "bcm_field_qualify_SrcPort_get", unit, entry,
-       [&] {
-          return getModulePort( s, unit, entry, bcmFieldQualifySrcPort, dataModid,
-                                maskModid, dataPort, maskPort );
-       },
-       [&]( ArgWriter& w ) {
-          w.dec( unit )
-              .dec( entry )
-              .out( dataModid, "dataModid" )
-              .out( maskModid, "maskModid" );
-          w.out( dataPort, "dataPort" ).out( maskPort, "maskPort" );
-       } );
-}
-
-int FieldProcessor::bcm_field_qualify_DstPort( int unit, bcm_field_entry_t entry,
-                                               bcm_module_t dataModid,
-                                               bcm_module_t maskModid,
-                                               bcm_port_t dataPort,
-                                               bcm_port_t maskPort ) {
-   State& s = *state_;
-   return s.entryCall(
-       "bcm_field_qualify_DstPort", unit, entry,
-       [&] {
-          return setModulePort( s, unit, entry, bcmFieldQualifyDstPort, dataModid,
-                                maskModid, dataPort, maskPort );
-       },
-       [&]( ArgWriter& w ) {
-          w.dec( unit )
-              .dec( entry )
-              .dec( dataModid )
-              .hex( static_cast<uint32_t>( maskModid ) );
-          w.dec( dataPort ).hex( static_cast<uint32_t>( maskPort ) );
-       } );
-}
-
-int FieldProcessor::bcm_field_qualify_DstPort_get( int unit, bcm_field_entry_t entry,
-                                                   bcm_module_t* dataModid,
-                                                   bcm_module_t* maskModid,
-                                                   bcm_port_t* dataPort,
-                                                   bcm_port_t* maskPort ) {
-   State& s = *state_;
-   return s.entryCall(
-       "bcm_field_qualify_DstPort_get", unit, entry,
-       [&] {
-          return getModulePort( s, unit, entry, bcmFieldQualifyDstPort, dataModid,
-                                maskModid, dataPort, maskPort );
-       },
-       [&]( ArgWriter& w ) {
-          w.dec( unit )
-              .dec( entry )
-              .out( dataModid, "dataModid" )
-              .out( maskModid, "maskModid" );
-          w.out( dataPort, "dataPort" ).out( maskPort, "maskPort" );
-       } );
-}
+// Source and destination (module, port) pairs share their shape and checks.
+#define FERRO_SIM_MODULE_PORT_QUALIFIER( NAME )                                          \
+   int FieldProcessor::bcm_field_qualify_##NAME(                                         \
+       int unit, bcm_field_entry_t entry, bcm_module_t dataModid, bcm_module_t maskModid, \
+       bcm_port_t dataPort, bcm_port_t maskPort ) {                                      \
+      State& s = *state_;                                                                \
+      return s.entryCall(                                                                \
+          "bcm_field_qualify_" #NAME, unit, entry,                                       \
+          [&] {                                                                          \
+             return setModulePort( s, unit, entry, bcmFieldQualify##NAME, dataModid,     \
+                                   maskModid, dataPort, maskPort );                      \
+          },                                                                             \
+          [&]( ArgWriter& w ) {                                                          \
+             w.dec( unit ).dec( entry ).dec( dataModid ).hex(                            \
+                 static_cast<uint32_t>( maskModid ) );                                   \
+             w.dec( dataPort ).hex( static_cast<uint32_t>( maskPort ) );                 \
+          } );                                                                           \
+   }                                                                                     \
+   int FieldProcessor::bcm_field_qualify_##NAME##_get(                                   \
+       int unit, bcm_field_entry_t entry, bcm_module_t* dataModid,                       \
+       bcm_module_t* maskModid, bcm_port_t* dataPort, bcm_port_t* maskPort ) {           \
+      State& s = *state_;                                                                \
+      return s.entryCall(                                                                \
+          "bcm_field_qualify_" #NAME "_get", unit, entry,                                \
+          [&] {                                                                          \
+             return getModulePort( s, unit, entry, bcmFieldQualify##NAME, dataModid,     \
+                                   maskModid, dataPort, maskPort );                      \
+          },                                                                             \
+          [&]( ArgWriter& w ) {                                                          \
+             w.dec( unit ).dec( entry ).out( dataModid, "dataModid" ).out(               \
+                 maskModid, "maskModid" );                                               \
+             w.out( dataPort, "dataPort" ).out( maskPort, "maskPort" );                  \
+          } );                                                                           \
+   }
+FERRO_SIM_MODULE_PORT_QUALIFIER( SrcPort )
+FERRO_SIM_MODULE_PORT_QUALIFIER( DstPort )
+#undef FERRO_SIM_MODULE_PORT_QUALIFIER
 
 }  // namespace Sim
