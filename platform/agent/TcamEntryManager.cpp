@@ -7,37 +7,6 @@
 
 namespace {
 
-// Qualifiers the system rules use in the ingress stage. InterfaceClassPort is
-// added for ACL-group managers only: the others bind rules by in-port bitmap.
-constexpr bcm_field_qualify_t ingressQualifiers[] = {
-   bcmFieldQualifyInPorts,
-   bcmFieldQualifySrcPort,
-   bcmFieldQualifyDstPort,
-   bcmFieldQualifyDstMac,
-   bcmFieldQualifyEtherType,
-   bcmFieldQualifyIpType,
-   bcmFieldQualifyDstIp,
-   bcmFieldQualifyDstIp6,
-   bcmFieldQualifyIpProtocol,
-   bcmFieldQualifyExtensionHeaderType,
-   bcmFieldQualifyL4SrcPort,
-   bcmFieldQualifyL4DstPort,
-   bcmFieldQualifyTtl,
-   bcmFieldQualifyDSCP,
-   bcmFieldQualifyOuterVlanPri,
-   bcmFieldQualifyDrop,
-   bcmFieldQualifyIngressStpState,
-   bcmFieldQualifyHiGig,
-   bcmFieldQualifyInterfaceClassL2,
-   bcmFieldQualifyInterfaceClassVPort,
-   bcmFieldQualifyDstClassL2,
-   bcmFieldQualifyDstClassL3,
-   bcmFieldQualifyDstL3EgressNextHops,
-   bcmFieldQualifyL2CacheHit,
-   bcmFieldQualifyL3Routable,
-   bcmFieldQualifyPacketRes,
-};
-
 // The VLAN stage classifies packets before any lookup, so it sees only what the
 // parser gives it.
 constexpr bcm_field_qualify_t lookupQualifiers[] = {
@@ -76,9 +45,13 @@ int FerroTcamEntryManager::unitIs( U32 unit, const FerroCentral::ChipAttributes&
    switch ( stage_ ) {
       case bcmFieldStageIngress:
          BCM_FIELD_QSET_ADD( qset, bcmFieldQualifyStageIngress );
-         addAll( qset, ingressQualifiers );
-         if ( supportsAclGroup_ ) {
-            BCM_FIELD_QSET_ADD( qset, bcmFieldQualifyInterfaceClassPort );
+         // Every field the chip has, after the stage pseudo-qualifiers; port
+         // classes only where the manager binds rules by them, the others
+         // bind by in-port bitmap.
+         for ( int q = bcmFieldQualifyInPorts; q < bcmFieldQualifyCount; ++q ) {
+            if ( q != bcmFieldQualifyInterfaceClassPort || supportsAclGroup_ ) {
+               BCM_FIELD_QSET_ADD( qset, q );
+            }
          }
          break;
       case bcmFieldStageLookup:
