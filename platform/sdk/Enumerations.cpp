@@ -116,7 +116,7 @@ int constantValue( SdkVersion version, Shim::SdkConstant constant ) {
    return i < kConstantCount ? kConstantValues[versionIndex( version )][i] : -1;
 }
 
-const char* ipTypeName( Shim::FieldIpType type ) {
+const char* FieldProcessor::ipTypeName( Shim::FieldIpType type ) {
    switch ( type ) {
       case Shim::FieldIpType::Any:
          return "Any";
@@ -134,7 +134,7 @@ const char* ipTypeName( Shim::FieldIpType type ) {
    return "?";
 }
 
-const char* packetResName( Shim::PacketRes res ) {
+const char* FieldProcessor::packetResName( Shim::PacketRes res ) {
    switch ( res ) {
       case Shim::PacketRes::Unknown:
          return "UNKNOWN";
@@ -199,6 +199,15 @@ const char* FieldProcessor::actionName( Shim::FieldAction action ) {
 std::optional<Shim::FieldAction> FieldProcessor::actionFromValue(
     bcm_field_action_t value ) const {
    return decodeAction( state_->version, value );
+}
+
+std::optional<Shim::FieldIpType> FieldProcessor::ipTypeFromValue(
+    bcm_field_IpType_t value ) const {
+   return decodeIpType( state_->version, value );
+}
+
+std::optional<Shim::PacketRes> FieldProcessor::packetResFromValue( uint32_t value ) const {
+   return decodePacketRes( state_->version, value );
 }
 
 bcm_field_action_t FieldProcessor::fieldAction( Shim::FieldAction name ) {

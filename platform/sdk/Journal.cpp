@@ -136,12 +136,12 @@ ArgWriter& ArgWriter::fieldData( bcm_field_qualify_t q, uint64_t value ) {
    switch ( q ) {
       case bcmFieldQualifyIpType:
          if ( auto t = decodeIpType( version_, static_cast<int>( value ) ) ) {
-            return text( ipTypeName( *t ) );
+            return text( FieldProcessor::ipTypeName( *t ) );
          }
          return dec( static_cast<long long>( value ) );
       case bcmFieldQualifyPacketRes:
          if ( auto r = decodePacketRes( version_, static_cast<uint32_t>( value ) ) ) {
-            return text( packetResName( *r ) );
+            return text( FieldProcessor::packetResName( *r ) );
          }
          return hex( value );
       case bcmFieldQualifyEtherType:

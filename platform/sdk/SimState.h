@@ -285,8 +285,6 @@ std::optional<Shim::FieldIpType> decodeIpType( SdkVersion version, int value );
 uint32_t packetResValue( SdkVersion version, Shim::PacketRes res );
 std::optional<Shim::PacketRes> decodePacketRes( SdkVersion version, uint32_t value );
 int constantValue( SdkVersion version, Shim::SdkConstant constant );
-const char* ipTypeName( Shim::FieldIpType type );
-const char* packetResName( Shim::PacketRes res );
 const char* compressedFieldName( Shim::CompressedField field );
 
 }  // namespace Sim

@@ -188,8 +188,12 @@ class FieldProcessor : public Shim::Sdk {
    std::optional<EntryView> entry( int unit, bcm_field_entry_t id ) const;
    static const char* actionName( Shim::FieldAction action );
    static const char* qualifierName( bcm_field_qualify_t qualifier );
+   static const char* ipTypeName( Shim::FieldIpType type );    // "Ipv4Any"
+   static const char* packetResName( Shim::PacketRes res );    // "IEEE1588"
    // Decodes a run-time action value of the current version; nullopt if unknown.
    std::optional<Shim::FieldAction> actionFromValue( bcm_field_action_t value ) const;
+   std::optional<Shim::FieldIpType> ipTypeFromValue( bcm_field_IpType_t value ) const;
+   std::optional<Shim::PacketRes> packetResFromValue( uint32_t value ) const;
 
    // Equal group priorities go to the lower group id. An entry's priority is
    // not part of its copies: prio_set moves an installed entry at once.

@@ -17,31 +17,19 @@ uint64_t bigEndianNumber( std::span<const uint8_t> bytes ) {
    return value;
 }
 
+// Enumeration codes by their names in the running SDK version; a code that is
+// none of them stays a number.
 std::optional<std::string> ipTypeName( uint64_t value ) {
-   static constexpr const char* names[] = { "Any", "NonIp", "Ip", "Ipv4Any", "Ipv6" };
-   static_assert( std::size( names ) == size_t( Shim::FieldIpType::Count ) );
-   Sim::FieldProcessor& sdk = Sim::FieldProcessor::instance();
-   for ( size_t i = 0; i < std::size( names ); ++i ) {
-      if ( uint64_t( uint32_t( sdk.fieldIpType( Shim::FieldIpType( i ) ) ) ) == value ) {
-         return names[i];
-      }
-   }
-   return std::nullopt;
+   const auto type =
+       Sim::FieldProcessor::instance().ipTypeFromValue( bcm_field_IpType_t( value ) );
+   return type ? std::optional<std::string>( Sim::FieldProcessor::ipTypeName( *type ) )
+               : std::nullopt;
 }
 
 std::optional<std::string> packetResName( uint64_t value ) {
-   static constexpr const char* names[] = {
-       "UNKNOWN",   "CONTROL",     "BPDU",        "L2BC",      "L2UC",
-       "L2UNKNOWN", "L2MCKNOWN",   "L2MCUNKNOWN", "L3UCKNOWN", "L3UCUNKNOWN",
-       "L3MCKNOWN", "L3MCUNKNOWN", "IEEE1588" };
-   static_assert( std::size( names ) == size_t( Shim::PacketRes::Count ) );
-   Sim::FieldProcessor& sdk = Sim::FieldProcessor::instance();
-   for ( size_t i = 0; i < std::size( names ); ++i ) {
-      if ( sdk.packetRes( Shim::PacketRes( i ) ) == value ) {
-         return names[i];
-      }
-   }
-   return std::nullopt;
+   const auto res = Sim::FieldProcessor::instance().packetResFromValue( uint32_t( value ) );
+   return res ? std::optional<std::string>( Sim::FieldProcessor::packetResName( *res ) )
+              : std::nullopt;
 }
 
 // Fields narrower than their bytes: a full mask of these is not all ones.
