@@ -46,21 +46,4 @@ UnlockAnchor::~UnlockAnchor() {
    }
 }
 
-MaybeGilUnlockAnchor::MaybeGilUnlockAnchor() : released_( 0 ) {
-   OwnedLock& gil = interpreterLock();
-   if ( !gil.heldByCurrentThread() ) {
-      return;
-   }
-   released_ = gil.depth();
-   for ( int i = 0; i < released_; ++i ) {
-      gil.unlock();
-   }
-}
-
-MaybeGilUnlockAnchor::~MaybeGilUnlockAnchor() {
-   for ( int i = 0; i < released_; ++i ) {
-      interpreterLock().lock();
-   }
-}
-
 }  // namespace Kel

@@ -49,16 +49,11 @@ class UnlockAnchor {
    int released_;
 };
 
-// Releases the interpreter lock if, and only if, the calling thread holds it.
-class MaybeGilUnlockAnchor {
+// Releases the interpreter lock if, and only if, the calling thread holds it
+// (an UnlockAnchor already leaves a lock it does not hold alone).
+class MaybeGilUnlockAnchor : public UnlockAnchor {
   public:
-   MaybeGilUnlockAnchor();
-   ~MaybeGilUnlockAnchor();
-   MaybeGilUnlockAnchor( const MaybeGilUnlockAnchor& ) = delete;
-   MaybeGilUnlockAnchor& operator=( const MaybeGilUnlockAnchor& ) = delete;
-
-  private:
-   int released_;
+   MaybeGilUnlockAnchor() : UnlockAnchor( interpreterLock() ) {}
 };
 
 }  // namespace Kel
