@@ -234,6 +234,9 @@ Switch::Ptr bringUp( const SwitchConfig& config ) {
    sw->l2Manager = Lumo::makePtr<FerroBoundedTcamEntryManager>(
       "L2 control", bcmFieldStageIngress, Layout::l2Group, Layout::l2GroupPriority,
       aclGroups, Layout::l2Base, Layout::l2Size );
+   // The L2 traps sit at fixed places in a block that exists before them: the
+   // installer qualifies some of them in place before requesting them.
+   sw->l2Manager->preallocatedIs( true );
    sw->eapolManager = Lumo::makePtr<FerroBoundedTcamEntryManager>(
       "MACsec EAPoL forwarding", bcmFieldStageIngress, Layout::eapolGroup,
       Layout::eapolGroupPriority, aclGroups, Layout::eapolBase, Layout::eapolSize );

@@ -55,7 +55,7 @@ struct SwitchConfig {
 // Entry-id pools and groups of the system ACL's managers.
 struct ManagerLayout {
    static constexpr U32 l3Base = 1024, l3Size = 256;
-   static constexpr U32 l2Base = 2048, l2Size = 64;
+   static constexpr U32 l2Base = 2048, l2Size = 16;
    static constexpr U32 vlanBase = 3072, vlanSize = 64;
    static constexpr U32 eapolBase = 4096, eapolSize = 8;
    static constexpr bcm_field_group_t l3Group = 10, l2Group = 11, vlanGroup = 12,

@@ -78,7 +78,7 @@ class FerroTcamEntryManager : public Lumo::Node {
    bool supportsAclGroup() const { return supportsAclGroup_; }
 
    // Creates the manager's group on `unit` with the qualifiers the chip offers.
-   int unitIs( U32 unit, const FerroCentral::ChipAttributes& chip );
+   virtual int unitIs( U32 unit, const FerroCentral::ChipAttributes& chip );
 
    int installEntry( U32 unit, U32 entry );
    int reinstallEntry( U32 unit, U32 entry );
@@ -135,6 +135,14 @@ class FerroBoundedTcamEntryManager : public FerroTcamEntryManager {
 
    U32 baseEntryId() const { return baseEntryId_; }
    U32 size() const { return size_; }
+
+   // A pre-allocated pool is created whole, at its priorities, with the group:
+   // its entries exist on the chip before any rule asks for them, so a rule
+   // may be qualified in place before it is requested. Set before unitIs().
+   void preallocatedIs( bool preallocated ) { preallocated_ = preallocated; }
+   bool preallocated() const { return preallocated_; }
+   // Creates the group, then the pool when it is pre-allocated.
+   int unitIs( U32 unit, const FerroCentral::ChipAttributes& chip ) override;
    // The entry id the manager offers next on `unit`: one past the highest it
    // handed out there (the base while none).
    U32 nextEntryId( U32 unit ) const;
@@ -145,8 +153,12 @@ class FerroBoundedTcamEntryManager : public FerroTcamEntryManager {
                  const FerroTcam::RequestKey& key );
 
   private:
+   // Creates `entry` on the chip at its place in the pool.
+   int createEntry( U32 unit, U32 entry );
+
    U32 baseEntryId_;
    U32 size_;
+   bool preallocated_ = false;
    Lumo::HashMap<U32, U32> next_;
 };
 

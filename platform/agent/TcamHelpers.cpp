@@ -154,6 +154,12 @@ int setDstIPv6ClassOrDstMac( U32 unit, const GroupManager& gm, U32 entry,
                     fromBytes( macMask, 6 ), classId, classMask );
 }
 
+bool verifyEtherType( U32 unit, const GroupManager&, U32 entry, U16 etherType,
+                      U16 etherTypeMask ) {
+   return matchesExactly( unit, entry, CompressedField::EtherType, bigEndian( etherType ),
+                          bigEndian( etherTypeMask ) );
+}
+
 bool verifyIpProtocol( U32 unit, const GroupManager&, U32 entry, U8 protocol,
                        U8 protocolMask ) {
    return matchesExactly( unit, entry, CompressedField::IpProtocol, bigEndian( protocol ),

@@ -36,6 +36,8 @@ int setDstIPv6ClassOrDstMac( U32 unit, const GroupManager& gm, U32 entry,
                              U32 classMask, const bcm_mac_t mac, const bcm_mac_t macMask );
 
 // Read-back forms: true when the entry matches exactly the one value given.
+bool verifyEtherType( U32 unit, const GroupManager& gm, U32 entry, U16 etherType,
+                      U16 etherTypeMask );
 bool verifyIpProtocol( U32 unit, const GroupManager& gm, U32 entry, U8 protocol,
                        U8 protocolMask );
 bool verifyL4SrcPort( U32 unit, const GroupManager& gm, U32 entry, U16 port, U16 portMask );

@@ -52,6 +52,24 @@ EntryState entryState(
    return entry;
 }
 
+// A slot of a pre-allocated pool that no rule has asked for or touched: it
+// exists on the chip but is not part of the system ACL.
+bool freePoolSlot( const Sim::EntryView& view, U16 unit, const Agent::Switch& sw ) {
+   if ( view.installed || !view.software.qualifiers.empty() ||
+        !view.software.actions.empty() || !sw.groupManager ) {
+      return false;
+   }
+   const U32 id = U32( view.id );
+   for ( const FerroTcamEntryManager::Ptr& manager : sw.groupManager->managers() ) {
+      const auto* pool = dynamic_cast<const FerroBoundedTcamEntryManager*>( manager.get() );
+      if ( pool && pool->preallocated() && id >= pool->baseEntryId() &&
+           id - pool->baseEntryId() < pool->size() ) {
+         return pool->record( unit, id ) == nullptr;
+      }
+   }
+   return false;
+}
+
 }  // namespace
 
 ChipState collectChipState( const Agent::Switch& sw,
@@ -70,7 +88,9 @@ ChipState collectChipState( const Agent::Switch& sw,
       unitState.unverifiedReason = plan.unverifiedReason( unit );
       unitState.verified = unitState.unverifiedReason.empty();
       for ( const Sim::EntryView& view : chip.entries( unit ) ) {
-         unitState.entries.push_back( entryState( view, unit, sw, tables ) );
+         if ( !freePoolSlot( view, unit, sw ) ) {
+            unitState.entries.push_back( entryState( view, unit, sw, tables ) );
+         }
       }
       std::sort( unitState.entries.begin(), unitState.entries.end(),
                  []( const EntryState& a, const EntryState& b ) { return a.id < b.id; } );

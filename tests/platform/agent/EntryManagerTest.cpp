@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "AgentTestSupport.h"
 #include "platform/agent/TcamEntryManager.h"
 
@@ -28,7 +30,8 @@ TEST_F( EntryManagerTest, PoolPositionSetsPriorityAndBounds ) {
    const U32 size = Agent::ManagerLayout::l3Size;
    for ( U32 id : { 0u, l3Base - 1, l3Base + size, Agent::ManagerLayout::l2Base, ~0u } ) {
       EXPECT_EQ( sw_->l3Manager->getEntry( 0, id, "outside", {} ), 0u ) << id;
-      EXPECT_FALSE( chip().entry( 0, bcm_field_entry_t( id ) ) ) << id;
+      const auto view = chip().entry( 0, bcm_field_entry_t( id ) );
+      EXPECT_TRUE( !view || view->group != l3Group ) << id;
    }
    const U32 last = l3Base + size - 1;
    EXPECT_EQ( sw_->l3Manager->getEntry( 0, last, "last", {} ), last );
@@ -39,7 +42,10 @@ TEST_F( EntryManagerTest, RebindingKeepsOneEntryAndRenamesIt ) {
    const FerroTcam::RequestKey key( "PBMP_E_ALL for l3 ctrl group", false );
    ASSERT_EQ( sw_->l3Manager->getEntry( 0, l3Base, "first", {} ), l3Base );
    ASSERT_EQ( sw_->l3Manager->getEntry( 0, l3Base, "second", key ), l3Base );
-   EXPECT_EQ( chip().entries( 0 ).size(), 1u );
+   const std::vector<Sim::EntryView> entries = chip().entries( 0 );
+   EXPECT_EQ( std::count_if( entries.begin(), entries.end(),
+                             []( const Sim::EntryView& v ) { return v.group == l3Group; } ),
+              1 );
    const TcamEntryRecord* record = sw_->l3Manager->record( 0, l3Base );
    ASSERT_NE( record, nullptr );
    EXPECT_EQ( record->ruleName, "second" );
@@ -49,6 +55,24 @@ TEST_F( EntryManagerTest, RebindingKeepsOneEntryAndRenamesIt ) {
    sw_->l3Manager->setTcamEntryBcmPbmpPermanent( 0, l3Base + 1, true );
    ASSERT_EQ( sw_->l3Manager->getEntry( 0, l3Base + 1, "third", key ), l3Base + 1 );
    EXPECT_TRUE( chip().entry( 0, bcm_field_entry_t( l3Base + 1 ) ) );
+}
+
+// The L2 block exists whole from bring-up, at its priorities, so that a rule
+// can be qualified in place before it is requested; requesting it creates
+// nothing more.
+TEST_F( EntryManagerTest, PreallocatedPoolExistsBeforeItsRules ) {
+   const U32 base = Agent::ManagerLayout::l2Base;
+   const U32 size = Agent::ManagerLayout::l2Size;
+   const auto first = chip().entry( 0, bcm_field_entry_t( base ) );
+   const auto last = chip().entry( 0, bcm_field_entry_t( base + size - 1 ) );
+   ASSERT_TRUE( first && last );
+   EXPECT_GT( first->priority, last->priority );
+   EXPECT_FALSE( chip().entry( 0, bcm_field_entry_t( base + size ) ) );
+   const size_t before = chip().entries( 0 ).size();
+   EXPECT_EQ( Shim::sdk_->bcm_field_qualify_InterfaceClassVPort( 0, base + 4, 1, 1 ), 0 );
+   EXPECT_EQ( sw_->l2Manager->getEntry( 0, base + 4, "rule", {} ), base + 4 );
+   EXPECT_EQ( chip().entries( 0 ).size(), before );
+   EXPECT_EQ( chip().entry( 0, bcm_field_entry_t( base + 4 ) )->software.qualifiers.size(), 1u );
 }
 
 // A refused step leaves neither an entry on the chip nor a record behind, so
