@@ -138,8 +138,21 @@ class Helper : public HelperBase {
    // installEntry on the L3 control group, asserted, then the rule's setter.
    void installL3Rule( U16 unit, U32 entry, void ( HelperBase::*setter )( U32, U32 ),
                        const char* checkedCallOperation );
-   // Binds an entry to every Ethernet port, unless port classes do that.
-   void bindToEthernetPorts( U16 unit, U32 entry );
+   // Binds an entry to every Ethernet port, unless port classes do that; a
+   // permanent binding survives the manager's port refreshes.
+   void bindToEthernetPorts( U16 unit, U32 entry, bool permanent = false );
+
+   // One of the two L2 PTP rules, which differ in name and destination MAC.
+   void installL2PtpRule( U16 unit, U32 entry, const char* name, const U8 ( &mac )[ 6 ],
+                          const U8 ( &macMask )[ 6 ], const char* checkedCallOperation );
+   // Takes the ports on which `protocol` is forwarded rather than trapped out
+   // of `data`; false when the protocol has no forwarding configuration.
+   bool removeL2ForwardingPorts( U16 unit, int entry, Lamo::L2Pt::L2PtProtocol protocol,
+                                 bcm_pbmp_t& data ) const;
+   // Reads an L2 rule's port binding back: in-ports as installed (less the
+   // forwarding ports of `protocol`, when given) or its port class.
+   void verifyL2RulePorts( U16 unit, U32 entry, const Lamo::L2Pt::L2PtProtocol* protocol,
+                           const char* checkedCallOperation );
 
    // One BFD entry: control, echo or multihop.
    void programBfdRules( U16 unit, const FerroCentral::ChipAttributes::PtrConst& attributes,

@@ -32,11 +32,14 @@ void Helper::installL3Rule( U16 unit, U32 entry, void ( HelperBase::*setter )( U
    }
 }
 
-void Helper::bindToEthernetPorts( U16 unit, U32 entry ) {
+void Helper::bindToEthernetPorts( U16 unit, U32 entry, bool permanent ) {
    const FerroBoundedTcamEntryManager::Ptr& manager = l3TcamEntryManager();
    if ( !manager->supportsAclGroup() ) {
       manager->addInPortsForEntry( unit, entry, FerroTcam::getPbmpEAll( *smData(), unit ),
                                    FerroTcam::getPbmpAll( *smData(), unit ) );
+      if ( permanent ) {
+         manager->setTcamEntryBcmPbmpPermanent( unit, entry, true );
+      }
    }
 }
 
@@ -117,7 +120,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::releaseOldAndSetL4DstPort( unit, gm, entry, BGP_PORT, 0xFFFF, 3, 15 );
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_TCP, 0xFF, 1, 15 );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqBGP_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::bgpRuleIs, operation );
 
    // The reply direction of a session; it is not recorded in any table.
@@ -127,7 +129,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::releaseOldAndSetL4SrcPort( unit, gm, entry, BGP_PORT, 0xFFFF, 3, 15 );
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_TCP, 0xFF, 1, 15 );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqBGP_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, nullptr, operation );
 
    ++entry;
@@ -137,7 +138,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    BCM_CHECK( bcm_field_qualify_Ttl( unit, entry, TCAM_FIELD_VRRP_TTL_DATA, TCAM_FIELD_TTL_MASK ) );
    BCM_CHECK( bcm_field_qualify_IngressStpState( unit, entry, BCM_STG_STP_FORWARD, TCAM_FIELD_INGRESS_STP_STATE_MASK ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqVRRP_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::vrrpRuleIs, operation );
 
    // The BFD entries are programmed whole by the BFD installer, which binds no
@@ -157,9 +157,8 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_PIM, 0xFF, 5, 15 );
    BCM_CHECK( bcm_field_qualify_IpType( unit, entry, bcmFieldIpTypeIpv4Any ) );
    BCM_CHECK( bcm_field_qualify_IngressStpState( unit, entry, BCM_STG_STP_FORWARD, TCAM_FIELD_INGRESS_STP_STATE_MASK ) );
-   bindToEthernetPorts( unit, entry );
    // Port refreshes of the manager must keep the PIM rule on every port.
-   manager->setTcamEntryBcmPbmpPermanent( unit, entry, true );
+   bindToEthernetPorts( unit, entry, true );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqPIM_, 0 ) );
    installL3Rule( unit, entry, &HelperBase::pimRuleIs, operation );
 
@@ -172,7 +171,6 @@ void Helper::doInstallAclRules( U16 unit ) {
       BCM_CHECK( bcm_field_qualify_IpType( unit, entry, bcmFieldIpTypeIpv6 ) );
       BCM_CHECK( bcm_field_qualify_IngressStpState( unit, entry, BCM_STG_STP_FORWARD, TCAM_FIELD_INGRESS_STP_STATE_MASK ) );
       BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqPIM_, 0 ) );
-      bindToEthernetPorts( unit, entry );
       installL3Rule( unit, entry, &HelperBase::pimV6RuleIs, operation );
    }
 
@@ -182,7 +180,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_PIM, 0xFF, 5, 15 );
    BCM_CHECK( bcm_field_qualify_DSCP( unit, entry, TCAM_FIELD_L3PRIOHIGHDSCP_DATA, TCAM_FIELD_L3PRIOHIGHDSCP_MASK ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqPIM_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::pimNullRegisterRuleIs, operation );
 
    ++entry;
@@ -191,7 +188,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_PIM, 0xFF, 5, 15 );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqL3SlowPath_, 0 ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCopyToCpu, 0, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::pimRegisterRuleIs, operation );
 
    ++entry;
@@ -200,7 +196,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    setL3NextHopQualifier( unit, entry, attributes, FerroCommon::selfIpClassId_, FerroCommon::selfIpNextHopTcamId_ );
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_OSPF, 0xFF, 6, 15 );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqOspfIsis_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::ospfRuleIs, operation );
 
    ++entry;
@@ -209,7 +204,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_OSPF, 0xFF, 6, 15 );
    BCM_CHECK( bcm_field_qualify_IngressStpState( unit, entry, BCM_STG_STP_FORWARD, TCAM_FIELD_INGRESS_STP_STATE_MASK ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqOspfIsis_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::ospfMcastRuleIs, operation );
 
    ++entry;
@@ -219,7 +213,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_OSPF, 0xFF, 6, 15 );
    BCM_CHECK( bcm_field_qualify_IngressStpState( unit, entry, BCM_STG_STP_FORWARD, TCAM_FIELD_INGRESS_STP_STATE_MASK ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqOspfIsis_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::ospfV3RuleIs, operation );
 
    // OSPFv3 authenticated with ESP: the same groups, carried in ESP. The egress
@@ -234,7 +227,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqOspfIsis_, 0 ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionEgressClassSelect, BCM_FIELD_EGRESS_CLASS_SELECT_NEW, 0 ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionNewClassId, FerroCommon::ifpClassEspWar_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::ospfAuthEspMcastRuleIs, operation );
 
    ++entry;
@@ -245,7 +237,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqOspfIsis_, 0 ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionEgressClassSelect, BCM_FIELD_EGRESS_CLASS_SELECT_NEW, 0 ) );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionNewClassId, FerroCommon::ifpClassEspWar_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::ospfAuthEspUcastRuleIs, operation );
 
    // IS-IS tunnelled in GRE: the GRE payload type (0x00FE) sits where the L4
@@ -256,7 +247,6 @@ void Helper::doInstallAclRules( U16 unit ) {
    Ferro::releaseOldAndSetL4DstPort( unit, gm, entry, 254, 0xFFFF, 4, 15 );
    Ferro::setIpProtocol( unit, gm, entry, IPPROTO_GRE, 0xFF, 3, 15 );
    BCM_CHECK( bcm_field_action_add( unit, entry, bcmFieldActionCosQCpuNew, cpuCosqOspfIsis_, 0 ) );
-   bindToEthernetPorts( unit, entry );
    installL3Rule( unit, entry, &HelperBase::ipGreIsisRuleIs, operation );
 
    // The IPv4 PTP rules keep these three places; they are programmed by the
