@@ -9,6 +9,7 @@
 #include "FerroTcamSystemAcl/L3NextHop.h"
 #include "FerroTcamSystemAcl/LibraryGlobals.h"
 #include "FerroTcamSystemAcl/TcamFields.h"
+#include "FerroTcamSystemAcl/VerifyActions.h"
 #include "platform/agent/TcamHelpers.h"
 
 namespace FerroTcamSystemAcl {
@@ -18,27 +19,6 @@ namespace {
 bool looseStpMaskModel( U8 model ) { return model >= 32 && model <= 35; }
 
 }  // namespace
-
-// Action read-backs, each asserting the value it was programmed with.
-#define VERIFY_CPU_QUEUE( expected )                                                \
-   do {                                                                             \
-      uint32 param0 = 0, param1 = 0;                                                \
-      BCM_CHECK( bcm_field_action_get( unit, entry, bcmFieldActionCosQCpuNew, &param0, &param1 ) ); \
-      FERRO_ASSERT( param0 == expected );                                           \
-   } while ( 0 )
-#define VERIFY_TC( expected )                                                       \
-   do {                                                                             \
-      uint32 param0 = 0, param1 = 0;                                                \
-      BCM_CHECK( bcm_field_action_get( unit, entry, bcmFieldActionPrioIntNew, &param0, &param1 ) ); \
-      FERRO_ASSERT( param0 == expected );                                           \
-   } while ( 0 )
-#define VERIFY_COPY_TO_CPU()                                                        \
-   do {                                                                             \
-      uint32 param0 = 1, param1 = 1;                                                \
-      BCM_CHECK( bcm_field_action_get( unit, entry, bcmFieldActionCopyToCpu, &param0, &param1 ) ); \
-      FERRO_ASSERT( param0 == 0 );                                                  \
-      FERRO_ASSERT( param1 == 0 );                                                  \
-   } while ( 0 )
 
 void Helper::verifyInstalledAclRules( U16 unit ) {
    // The checks below run partly in lambdas; their failures and trace lines

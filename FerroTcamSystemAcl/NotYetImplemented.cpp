@@ -21,29 +21,14 @@ namespace {
 
 #define FERRO_NOT_IMPLEMENTED notImplemented( __PRETTY_FUNCTION__ )
 
-void Helper::doInstallL2TrapRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallTH3SystemAclRule( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallL2McastPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallL2UnicastPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallLinkLocalPTPRule( U16, U32, const Lumo::String& ) {
-   FERRO_NOT_IMPLEMENTED;
-}
 void Helper::doInstallEapolFwdRule( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallIpv4McastPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallIpv4UnicastFwdPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallIpv4ElevatorPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateInPortForClassEntry( U32, Wirex::IntfId, bool,
                                         Lamo::L2Pt::L2PtTrafficType ) {
    FERRO_NOT_IMPLEMENTED;
 }
 void Helper::updateInPortForEtherType( U32, Wirex::IntfId, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::trapViaInPortForClass( U32, bool ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::configIpv4McastPTP( U16, Ptp::PtpMode, bool ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::configIpv4UnicastFwdPTP( U16, Ptp::PtpMode, bool ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::configureL2McastPTP( U16, Ptp::PtpMode, bool ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::configureL2UnicastPTP( U16, Ptp::PtpMode, bool ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::configPTPElevatorCosq( U16, Ptp::PtpMode ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::configPTPActions( U16, Ptp::PtpMode, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateL2ProtoFwdRule( U32, U32, Lamo::L2Pt::L2PtProtocol ) {
    FERRO_NOT_IMPLEMENTED;
 }
@@ -51,27 +36,10 @@ void Helper::updateL2ProtoFwdRules() { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateL2PfRule( U32, U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateNonL2PfRule( U32, U32 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updatePbmpEAllSystemAclRules( U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::verifyInstalledL2TrapRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallIpFixPort( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateCopyToCpuCancelLLMcastTcam( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateEapolDstMac( U32, U32, const Wirex::EthAddr& ) { FERRO_NOT_IMPLEMENTED; }
-bcm_pbmp_t Helper::updateDevicePortBitmapForTcamEntry( U16, int, const bcm_pbmp_t&,
-                                                       const FerroTypes::FerroPort&,
-                                                       Lamo::L2Pt::L2PtTrafficType,
-                                                       Lamo::L2Pt::L2PtProtocol ) const {
-   FERRO_NOT_IMPLEMENTED;
-}
-void Helper::installL2ControlSystemTcamEntry( U16, const FerroBoundedTcamEntryManager::Ptr&,
-                                              int, const Lumo::String&, U32, U32, U32, U32,
-                                              Lamo::L2Pt::L2PtProtocol ) {
-   FERRO_NOT_IMPLEMENTED;
-}
-void Helper::verifyL2ControlSystemTcamEntry( U16, int, U32, U32, U32, U32,
-                                             Lamo::L2Pt::L2PtProtocol ) {
-   FERRO_NOT_IMPLEMENTED;
-}
 bcm_pbmp_t Helper::getPbmpForL2ProfileRule( U32, U32 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::trapViaInPortForEntryInt( U16, U32, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateInPortsForEntryHelper( U32, Wirex::IntfId, bool, U32,
                                           const FerroTcamEntryManager::Ptr& ) {
    FERRO_NOT_IMPLEMENTED;

@@ -20,14 +20,33 @@ TEST( BringupSteps, InstallsUnitByUnitThenVerifies ) {
    for ( const PlannedCall& call : plan.calls ) {
       calls += call.step->name + ( "@" + std::to_string( call.unit ) ) + " ";
    }
-   EXPECT_EQ( calls,
-              "doInstallAclRules@0 doInstallAclRules@2 verifyInstalledAclRules@0 "
-              "verifyInstalledAclRules@2 " );
-   ASSERT_EQ( plan.skipped.size(), 9u );  // the steps this helper build lacks
-   EXPECT_EQ( plan.skipped[7].step->name, std::string( "doInstallTH3SystemAclRule" ) );
-   EXPECT_EQ( plan.skipped[7].reason, "not in this helper build" );
+   const std::string install =
+       "doInstallAclRules doInstallL2TrapRules doInstallL2McastPTPRuleCommon "
+       "doInstallL2UnicastPTPRuleCommon doInstallIpv4McastPTPRuleCommon "
+       "doInstallIpv4UnicastFwdPTPRuleCommon doInstallIpv4ElevatorPTPRuleCommon ";
+   auto onUnit = []( const std::string& names, int unit ) {
+      std::string out;
+      for ( size_t at = 0, end; ( end = names.find( ' ', at ) ) != std::string::npos;
+            at = end + 1 ) {
+         out += names.substr( at, end - at ) + "@" + std::to_string( unit ) + " ";
+      }
+      return out;
+   };
+   const std::string verify = "verifyInstalledAclRules verifyInstalledL2TrapRules ";
+   EXPECT_EQ( calls, onUnit( install, 0 ) + onUnit( install, 2 ) + onUnit( verify, 0 ) +
+                         onUnit( verify, 2 ) );
+   ASSERT_EQ( plan.skipped.size(), 2u );  // the steps this helper build lacks
+   EXPECT_EQ( plan.skipped[1].step->name, std::string( "doInstallTH3SystemAclRule" ) );
+   EXPECT_EQ( plan.skipped[1].reason, "not in this helper build" );
    config.units.erase( config.units.begin() );  // no VLAN-stage-class unit left
    const BringupPlan plain = planBringup( config, {} );
-   ASSERT_EQ( plain.skipped.size(), 8u );
-   EXPECT_EQ( plain.skipped[7].step->name, std::string( "verifyInstalledL2TrapRules" ) );
+   ASSERT_EQ( plain.skipped.size(), 1u );
+   EXPECT_EQ( plain.skipped[0].step->name, std::string( "doInstallEapolFwdRule" ) );
+
+   // Reduced L2 traps reserve no L2 PTP entries, so nothing fills them.
+   config.reducedL2TrapsB = true;
+   for ( const PlannedCall& call : planBringup( config, {} ).calls ) {
+      EXPECT_EQ( std::string( call.step->name ).find( "L2McastPTP" ), std::string::npos );
+      EXPECT_EQ( std::string( call.step->name ).find( "L2UnicastPTP" ), std::string::npos );
+   }
 }

@@ -22,6 +22,7 @@ enum class StepKind : U8 { install, verify };
 enum class StepUnits : U8 {
    every,
    vlanStageClass,  // units whose chip classifies control packets in the VLAN stage
+   fullL2Traps,     // every unit, unless the switch installs only the reduced L2 traps
 };
 
 struct BringupStep {
