@@ -11,6 +11,34 @@ std::string IntfId::name() const {
    return "Ethernet" + std::to_string( value_ );
 }
 
+std::optional<IntfId> IntfId::fromName( std::string_view name ) {
+   auto number = [ & ]( std::string_view prefix, U32 limit ) -> std::optional<U32> {
+      if ( !name.starts_with( prefix ) || name.size() == prefix.size() ||
+           name.size() > prefix.size() + 9 ) {
+         return std::nullopt;
+      }
+      U32 n = 0;
+      for ( char c : name.substr( prefix.size() ) ) {
+         if ( c < '0' || c > '9' ) {
+            return std::nullopt;
+         }
+         n = n * 10 + U32( c - '0' );
+      }
+      // Leading zeros would give one interface two names.
+      if ( n >= limit || ( name[ prefix.size() ] == '0' && name.size() > prefix.size() + 1 ) ) {
+         return std::nullopt;
+      }
+      return n;
+   };
+   if ( auto n = number( "Port-Channel", 0xFFFFFFFF - portChannelBase ) ) {
+      return portChannel( *n );
+   }
+   if ( auto n = number( "Ethernet", portChannelBase ) ) {
+      return ethernet( *n );
+   }
+   return std::nullopt;
+}
+
 std::ostream& operator<<( std::ostream& os, const IntfId& intf ) {
    return os << intf.name();
 }
@@ -29,6 +57,16 @@ std::ostream& operator<<( std::ostream& os, const EthAddr& addr ) {
 }  // namespace Wirex
 
 namespace Lamo::L2Pt {
+
+const char* name( L2PtTrafficType trafficType ) {
+   switch ( trafficType ) {
+      case L2PtTrafficType::l2PtTrafficTypeAll:
+         return "all";
+      case L2PtTrafficType::l2PtTrafficTypeVxlanDecap:
+         return "vxlanDecap";
+   }
+   return "unknown";
+}
 
 const char* name( L2PtProtocol protocol ) {
    switch ( protocol ) {

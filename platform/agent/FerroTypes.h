@@ -4,8 +4,10 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/runtime/IntTypes.h"
@@ -26,6 +28,8 @@ class IntfId {
    constexpr U32 value() const { return value_; }
    constexpr bool isPortChannel() const { return value_ >= portChannelBase; }
    std::string name() const;  // "Ethernet5", "Port-Channel3"
+   // The interface a name() stands for; nullopt for any other text.
+   static std::optional<IntfId> fromName( std::string_view name );
    constexpr bool operator==( const IntfId& ) const = default;
    constexpr auto operator<=>( const IntfId& ) const = default;
 
@@ -111,6 +115,7 @@ enum class L2PtTrafficType : U8 {
    l2PtTrafficTypeAll = 0,
    l2PtTrafficTypeVxlanDecap = 1,
 };
+const char* name( L2PtTrafficType trafficType );  // "all", "vxlanDecap"
 using L2PtTrafficType::l2PtTrafficTypeAll;
 using L2PtTrafficType::l2PtTrafficTypeVxlanDecap;
 

@@ -263,6 +263,9 @@ Switch::Ptr bringUp( const SwitchConfig& config ) {
 
    sw->flowTracking = Lumo::makePtr<HwFlowTracking::Config>();
    sw->l2ProtocolFwd = Lumo::makePtr<FerroCommon::FerroL2ProtocolFwd>();
+   for ( const L2ProtocolForwarding& fwd : config.l2ProtocolForwarding ) {
+      sw->l2ProtocolFwd->fwdInfo[ U8( fwd.protocol ) ].intf[ fwd.intf ] = fwd.trafficType;
+   }
    return sw;
 }
 

@@ -31,6 +31,13 @@ struct UnitSpec {
    std::vector<U16> inactivePorts;  // front-panel ports that are not up
 };
 
+// One interface on which a protocol is forwarded rather than trapped.
+struct L2ProtocolForwarding {
+   Lamo::L2Pt::L2PtProtocol protocol = Lamo::L2Pt::L2PtProtocol::lldp;
+   Wirex::IntfId intf;
+   Lamo::L2Pt::L2PtTrafficType trafficType = Lamo::L2Pt::l2PtTrafficTypeAll;
+};
+
 struct SwitchConfig {
    Lumo::String name = "switch";
    Sim::SdkVersion sdkVersion = Sim::SdkVersion::V6_5;
@@ -46,6 +53,7 @@ struct SwitchConfig {
    U8 platformCode = 0;
    bool nextHopToCpuGleanDisabled = false;
    U8 ipClassIdShift = 0;
+   std::vector<L2ProtocolForwarding> l2ProtocolForwarding;
    // helper flags
    bool reducedL2TrapsA = false;
    bool reducedL2TrapsB = false;

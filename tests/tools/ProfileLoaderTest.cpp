@@ -18,6 +18,13 @@ std::string profile( const std::string& attributes, const std::string& unit = ""
           R"(}}},"units":[{"unit":0,"modId":0,"chip":"T")" + unit + "}]}";
 }
 
+// The same profile with an L2 protocol forwarding list.
+std::string forwarding( const std::string& items ) {
+   std::string text = profile( "" );
+   text.pop_back();
+   return text + R"(,"l2ProtocolForwarding":[)" + items + "]}";
+}
+
 }  // namespace
 
 // A chip attribute, named as its ChipCapabilities member, set to `json`.
@@ -34,7 +41,9 @@ TEST( ProfileLoader, EveryKeyReachesItsMember ) {
                      "nextHopToCpuGleanDisabled":true,"ipClassIdShift":31},
       "helper":{"reducedL2TrapsA":true,"reducedL2TrapsB":true,"tapAggregationEnabled":true},
       "chips":{"B":{"chipType":22,"model":33},"A":{"chipType":4,"model":5}},
-      "units":[{"unit":3,"modId":9,"chip":"A","bringupStage":91,"inactivePorts":[64,1]}]})",
+      "units":[{"unit":3,"modId":9,"chip":"A","bringupStage":91,"inactivePorts":[64,1]}],
+      "l2ProtocolForwarding":[{"protocol":"stp","interface":"Ethernet3005","traffic":"vxlanDecap"},
+                              {"protocol":"lldp","interface":"Port-Channel7"}]})",
                                                "p" );
    ASSERT_TRUE( result ) << result.error();
    const Config& c = result.value();
@@ -52,6 +61,15 @@ TEST( ProfileLoader, EveryKeyReachesItsMember ) {
                           unit.inactivePorts ),
               std::tuple( 3, 9, "A", FerroCentral::BringupStage::aclVerifiable,
                           std::vector<U16>{ 64, 1 } ) );
+   ASSERT_EQ( c.l2ProtocolForwarding.size(), 2u );
+   const Agent::L2ProtocolForwarding& stp = c.l2ProtocolForwarding[ 0 ];
+   EXPECT_EQ( std::tuple( stp.protocol, stp.intf, stp.trafficType ),
+              std::tuple( Lamo::L2Pt::L2PtProtocol::stp, Wirex::IntfId::ethernet( 3005 ),
+                          Lamo::L2Pt::l2PtTrafficTypeVxlanDecap ) );
+   const Agent::L2ProtocolForwarding& lldp = c.l2ProtocolForwarding[ 1 ];
+   EXPECT_EQ( std::tuple( lldp.protocol, lldp.intf, lldp.trafficType ),
+              std::tuple( Lamo::L2Pt::lldp(), Wirex::IntfId::portChannel( 7 ),
+                          Lamo::L2Pt::l2PtTrafficTypeAll ) );
 }
 
 // Setting an attribute changes its member and no other. Values are not the defaults.
@@ -126,6 +144,19 @@ TEST( ProfileLoader, ErrorsNameFileFieldAndExpectation ) {
          "91, 100), got 50" },
        { profile( "", R"(,"inactivePorts":[3,3])" ),
          "p.json: units[0].inactivePorts[1]: port 3 listed twice" },
+       { forwarding( R"({"protocol":"ospf","interface":"Ethernet1"})" ),
+         "p.json: l2ProtocolForwarding[0].protocol: expected one of lacp, lldp, stp, dot1x, "
+         "elmi, pagp, udld, cdp, microBfd, got \"ospf\"" },
+       { forwarding( R"({"protocol":"lldp","interface":"Ethernet05"})" ),
+         "p.json: l2ProtocolForwarding[0].interface: expected an interface name such as "
+         "\"Ethernet5\" or \"Port-Channel3\", got \"Ethernet05\"" },
+       { forwarding( R"({"protocol":"lldp","interface":"Ethernet1","traffic":"decap"})" ),
+         "p.json: l2ProtocolForwarding[0].traffic: expected \"all\" or \"vxlanDecap\", got "
+         "\"decap\"" },
+       { forwarding( R"({"protocol":"lldp","interface":"Port-Channel2"},
+                        {"protocol":"lldp","interface":"Port-Channel2","traffic":"vxlanDecap"})" ),
+         "p.json: l2ProtocolForwarding[1].interface: lldp forwarding on Port-Channel2 listed "
+         "twice" },
    };
    for ( const auto& [text, message] : cases ) {
       Result<Config> result = parseProfile( text, "p.json" );

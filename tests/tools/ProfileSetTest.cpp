@@ -1,5 +1,7 @@
 // The shipped chip profiles (each one is run in ToolRunTest) together reach
 // every branch of the library that depends on a chip attribute or switch flag.
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "ToolProcess.h"
@@ -41,7 +43,17 @@ TEST( ProfileSet, TogetherTheyCoverEveryAttributeBranch ) {
                   !a.bfdEchoRuleSuppressed ),
        FERRO_HAS( s.aclGroupManagers ),
        FERRO_HAS( a.hasVxlanCoreProtocol( Lamo::L2Pt::lldp() ) ),
-       FERRO_HAS( a.linkLocalPtpSupported != 0 ),
+       FERRO_HAS( a.linkLocalPtpSupported != 0 &&
+                  !a.hasVxlanCoreProtocol( Lamo::L2Pt::lldp() ) ),
+       FERRO_HAS( a.linkLocalPtpSupported == 0 ),
+       FERRO_HAS( !s.l2ProtocolForwarding.empty() && a.l2PfDevicePbmpSupported != 0 ),
+       FERRO_HAS( !s.l2ProtocolForwarding.empty() && a.l2PfDevicePbmpSupported == 0 ),
+       FERRO_HAS( std::any_of( s.l2ProtocolForwarding.begin(), s.l2ProtocolForwarding.end(),
+                               []( const auto& f ) {
+                                  return f.trafficType == Lamo::L2Pt::l2PtTrafficTypeVxlanDecap;
+                               } ) ),
+       FERRO_HAS( std::any_of( s.l2ProtocolForwarding.begin(), s.l2ProtocolForwarding.end(),
+                               []( const auto& f ) { return f.intf.isPortChannel(); } ) ),
        FERRO_HAS( a.l2CacheHitSupported != 0 ),
        FERRO_HAS( s.reducedL2TrapsA ),
        FERRO_HAS( a.vlanStageClassRulesSupported && !a.igmpVlanClassRulesSuppressed ),

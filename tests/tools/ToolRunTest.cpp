@@ -110,7 +110,7 @@ TEST( ToolRun, BadOptionsAndProfilesExitTwoWithOneLine ) {
        { { "--profile", unknownKey },
          unknownKey +
              ": colour: unknown key; expected one of name, sdkVersion, platform, "
-             "sharedState, helper, chips, units\n" },
+             "sharedState, helper, chips, units, l2ProtocolForwarding\n" },
        { { "--profile", badType },
          badType + ": sharedState.platformCode: expected an integer 0-255, got \"x\"\n" },
    };

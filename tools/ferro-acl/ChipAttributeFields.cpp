@@ -46,7 +46,9 @@ const ChipAttributeField fields[] = {
 
 constexpr auto lastProtocol = Lamo::L2Pt::L2PtProtocol::microBfd;
 
-std::string protocolNames() {
+}  // namespace
+
+std::string l2ProtocolNames() {
    std::string names;
    for ( int p = 0; p <= int( lastProtocol ); ++p ) {
       names += ( names.empty() ? "" : ", " ) +
@@ -54,6 +56,8 @@ std::string protocolNames() {
    }
    return names;
 }
+
+namespace {
 
 ProtocolList readProtocols( const Json& value, const std::string& path ) {
    expectList( value, path );
@@ -63,7 +67,7 @@ ProtocolList readProtocols( const Json& value, const std::string& path ) {
       Lamo::L2Pt::L2PtProtocol protocol;
       if ( !value[i].is_string() ||
            !l2ProtocolByName( value[i].get<std::string>(), protocol ) ) {
-         fieldError( at, "one of " + protocolNames(), value[i] );
+         fieldError( at, "one of " + l2ProtocolNames(), value[i] );
       }
       if ( std::find( protocols.begin(), protocols.end(), protocol ) !=
            protocols.end() ) {

@@ -34,6 +34,8 @@ void readChipAttributes( const Json& object, const std::string& path,
                          FerroCentral::ChipCapabilities& into );
 
 // The protocol of an L2 protocol-forwarding name ("lldp"); false if unknown.
+// Every L2 protocol name, comma-separated, for messages.
+std::string l2ProtocolNames();
 bool l2ProtocolByName( std::string_view name, Lamo::L2Pt::L2PtProtocol& protocol );
 
 }  // namespace FerroAcl

@@ -194,11 +194,60 @@ void readUnits( const Json& units, const std::string& path, SwitchConfig& config
    }
 }
 
+Lamo::L2Pt::L2PtTrafficType readTrafficType( const Json& value, const std::string& path ) {
+   for ( auto type : { Lamo::L2Pt::l2PtTrafficTypeAll, Lamo::L2Pt::l2PtTrafficTypeVxlanDecap } ) {
+      if ( value.is_string() && value == Lamo::L2Pt::name( type ) ) {
+         return type;
+      }
+   }
+   fieldError( path, "\"all\" or \"vxlanDecap\"", value );
+}
+
+// Interfaces on which a protocol is forwarded instead of trapped. An Ethernet
+// interface that maps to no port is kept: the library must pass over it.
+void readL2ProtocolForwarding( const Json& list, const std::string& path,
+                               SwitchConfig& config ) {
+   expectList( list, path );
+   for ( size_t i = 0; i < list.size(); ++i ) {
+      const std::string at = elementPath( path, i );
+      const Json& item = list[i];
+      expectObject( item, at );
+      rejectUnknownKeys( item, at, { "protocol", "interface", "traffic" } );
+      Agent::L2ProtocolForwarding fwd;
+      const std::string protocolPath = memberPath( at, "protocol" );
+      const std::string protocol =
+          readString( requiredMember( item, at, "protocol" ), protocolPath );
+      if ( !l2ProtocolByName( protocol, fwd.protocol ) ) {
+         fieldError( protocolPath, "one of " + l2ProtocolNames(),
+                     item.at( "protocol" ) );
+      }
+      const std::string intfPath = memberPath( at, "interface" );
+      const auto intf = Wirex::IntfId::fromName(
+          readString( requiredMember( item, at, "interface" ), intfPath ) );
+      if ( !intf ) {
+         fieldError( intfPath, "an interface name such as \"Ethernet5\" or \"Port-Channel3\"",
+                     item.at( "interface" ) );
+      }
+      fwd.intf = *intf;
+      if ( const Json* traffic = optionalMember( item, "traffic" ) ) {
+         fwd.trafficType = readTrafficType( *traffic, memberPath( at, "traffic" ) );
+      }
+      for ( const Agent::L2ProtocolForwarding& seen : config.l2ProtocolForwarding ) {
+         if ( seen.protocol == fwd.protocol && seen.intf == fwd.intf ) {
+            throw FieldError{ intfPath, protocol + " forwarding on " + fwd.intf.name() +
+                                            " listed twice" };
+         }
+      }
+      config.l2ProtocolForwarding.push_back( fwd );
+   }
+}
+
 SwitchConfig readProfile( const Json& root ) {
    expectObject( root, "" );
    rejectUnknownKeys(
        root, "",
-       { "name", "sdkVersion", "platform", "sharedState", "helper", "chips", "units" } );
+       { "name", "sdkVersion", "platform", "sharedState", "helper", "chips", "units",
+         "l2ProtocolForwarding" } );
    SwitchConfig config;
    if ( const Json* name = optionalMember( root, "name" ) ) {
       config.name = readString( *name, "name" );
@@ -217,6 +266,9 @@ SwitchConfig readProfile( const Json& root ) {
    }
    readChips( requiredMember( root, "", "chips" ), "chips", config );
    readUnits( requiredMember( root, "", "units" ), "units", config );
+   if ( const Json* fwd = optionalMember( root, "l2ProtocolForwarding" ) ) {
+      readL2ProtocolForwarding( *fwd, "l2ProtocolForwarding", config );
+   }
    return config;
 }
 
