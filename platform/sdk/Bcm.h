@@ -62,7 +62,8 @@ enum bcm_stg_stp_e : uint8_t {
    BCM_STG_STP_FORWARD = 4,
 };
 
-#define BCM_FIELD_EXACT_MATCH_MASK ( ~0u )
+// A constant rather than a macro, so that call texts keep its name.
+inline constexpr uint32_t BCM_FIELD_EXACT_MATCH_MASK = ~0u;
 
 // Field stages. A group is created in exactly one of them.
 enum bcm_field_stage_t : int {
