@@ -1,6 +1,7 @@
 #include "L3TestSupport.h"
 
 #include <algorithm>
+#include <regex>
 
 #include "tools/ferro-acl/ProfileLoader.h"
 
@@ -40,6 +41,45 @@ InstalledSwitch installL3( const Agent::SwitchConfig& config ) {
       s.helper->doInstallAclRules( unit.unit );
    }
    return s;
+}
+
+InstalledSwitch installSystemAcl( const Agent::SwitchConfig& config ) {
+   InstalledSwitch s = installL3( config );
+   FerroTcamSystemAcl::Helper& h = *s.helper;
+   for ( const Agent::UnitSpec& unit : config.units ) {
+      const U16 u = unit.unit;
+      h.doInstallL2TrapRules( u );
+      if ( h.l2McastPtpRuleHas( u ) ) {
+         h.doInstallL2McastPTPRuleCommon( u );
+         h.doInstallL2UnicastPTPRuleCommon( u );
+      }
+      h.doInstallIpv4McastPTPRuleCommon( u );
+      h.doInstallIpv4UnicastFwdPTPRuleCommon( u );
+      h.doInstallIpv4ElevatorPTPRuleCommon( u );
+   }
+   return s;
+}
+
+Sim::PacketFields l2Packet( U32 dstClassL2, U16 etherType, const Wirex::EthAddr& dstMac,
+                            bcm_port_t inPort ) {
+   Sim::PacketFields p;
+   p.inPort = inPort;
+   p.etherType = etherType;
+   p.dstClassL2 = dstClassL2;
+   p.l2CacheHit = true;
+   p.interfaceClassVPort = 1;
+   for ( int i = 0; i < 6; ++i ) {
+      p.dstMac[ size_t( i ) ] = dstMac[ i ];
+   }
+   return p;
+}
+
+std::string quoted( const std::string& text ) {
+   return std::regex_replace( text, std::regex( R"([.^$|()\[\]{}*+?\\])" ), R"(\$&)" );
+}
+
+std::string assertionIn( const std::string& function, const std::string& expression ) {
+   return quoted( function + ": Assertion `" + expression + "' failed." );
 }
 
 Sim::PacketFields ipv4Packet( U32 dstIp, U8 protocol ) {

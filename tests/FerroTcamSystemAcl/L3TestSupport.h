@@ -1,6 +1,6 @@
-// Shared by the L3 rule tests: a switch brought up from a chip profile with the
-// L3 rules installed on every unit, and packets described as the field
-// processor sees them.
+// Shared by the rule tests: a switch brought up from a chip profile with its
+// rules installed on every unit, packets described as the field processor
+// sees them, and the texts an abort leaves.
 #pragma once
 
 #include <filesystem>
@@ -26,6 +26,9 @@ struct InstalledSwitch {
 };
 // Brings the switch up and runs doInstallAclRules on every unit.
 InstalledSwitch installL3( const Agent::SwitchConfig& config );
+// Then the L2 traps and the five PTP rules, unit by unit as the agent does
+// (the L2 PTP rules only where the L2 installer reserved them).
+InstalledSwitch installSystemAcl( const Agent::SwitchConfig& config );
 
 // A packet routed to one of the switch's own addresses: the L3 lookup gives it
 // the self-IP class or next hop, whichever the chip uses.
@@ -38,6 +41,16 @@ Sim::StageResult ingress( U16 unit, const Sim::PacketFields& packet );
 // The names of the ingress entries a packet hits, highest group first.
 std::vector<std::string> hitNames( const InstalledSwitch& s, U16 unit,
                                    const Sim::PacketFields& packet );
+// An L2 control frame from `inPort`, classified by the L2 table into
+// `dstClassL2`, as it arrives on a plain (non-VXLAN) interface.
+Sim::PacketFields l2Packet( U32 dstClassL2, U16 etherType, const Wirex::EthAddr& dstMac,
+                            bcm_port_t inPort = 1 );
+
+// The regex of `text` taken literally.
+std::string quoted( const std::string& text );
+// glibc's assertion line for `expression` failing in `function`.
+std::string assertionIn( const std::string& function, const std::string& expression );
+
 // The entry recorded under `name` on `unit` by the L3 manager; 0 when none.
 U32 entryNamed( const InstalledSwitch& s, U16 unit, const std::string& name );
 

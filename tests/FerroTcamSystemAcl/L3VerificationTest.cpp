@@ -14,13 +14,8 @@ namespace {
 
 using FerroTcamSystemAcl::Helper;
 
-std::string quoted( const std::string& text ) {
-   return std::regex_replace( text, std::regex( R"([.^$|()\[\]{}*+?\\])" ), R"(\$&)" );
-}
-// glibc's assertion line for `expression` failing in `function`.
-std::string assertionIn( const std::string& function, const std::string& expression ) {
-   return quoted( function + ": Assertion `" + expression + "' failed." );
-}
+using L3Test::assertionIn;
+using L3Test::quoted;
 const std::string verifyFunction =
    "virtual void FerroTcamSystemAcl::Helper::verifyInstalledAclRules(U16)";
 
