@@ -52,7 +52,6 @@ void Helper::updateL2PfRule( U32, U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; 
 void Helper::updateNonL2PfRule( U32, U32 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updatePbmpEAllSystemAclRules( U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::verifyInstalledL2TrapRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallIpFixPort( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateCopyToCpuCancelLLMcastTcam( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateEapolDstMac( U32, U32, const Wirex::EthAddr& ) { FERRO_NOT_IMPLEMENTED; }
 bcm_pbmp_t Helper::updateDevicePortBitmapForTcamEntry( U16, int, const bcm_pbmp_t&,
