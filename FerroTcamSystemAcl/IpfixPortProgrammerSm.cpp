@@ -20,7 +20,11 @@ IpfixPortProgrammerSm::IpfixPortProgrammerSm( const HwFlowTracking::Config::Ptr&
                                               HelperBase* helperBase )
       : config_( config ), helperBase_( helperBase ) {
    hasNotificationActiveIs( true );
-   handleFtConfig();
+   // A helper that was never given a flow-tracking configuration still
+   // installs its L3 rules; its machine has nothing to follow.
+   if ( config_ ) {
+      handleFtConfig();
+   }
 }
 
 // The tracker machines go last: each resets the rule in its own teardown.
@@ -35,7 +39,7 @@ IpfixPortProgrammerSm::~IpfixPortProgrammerSm() {
 
 void IpfixPortProgrammerSm::hasNotificationActiveIs( bool active ) {
    notificationActive_ = active;
-   configSubscription_.notifierIs( active ? &config_->publisher() : nullptr );
+   configSubscription_.notifierIs( active && config_ ? &config_->publisher() : nullptr );
    for ( const auto& child : ipfixFtProgrammerSm_ ) {
       child.second->hasNotificationActiveIs( active );
    }

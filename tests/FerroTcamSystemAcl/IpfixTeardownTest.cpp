@@ -54,6 +54,10 @@ TEST_F( IpfixTeardownTest, ReplacedMachineResetsTheRuleAndUnsubscribes ) {
    exporterIs( ft, "exp" )->collectorIpAndPortIs( "c", { 1, 2056 } );
    other->hwFtConfigIs( "ft", ft );
    expectEveryUnit( { 2056, true, false } );
+   // Without a configuration there is nothing to follow.
+   helper->ipfixPortProgrammerSmIs( nullptr, helper.get() );
+   expectEveryUnit( resetAndDisabled );
+   EXPECT_EQ( other->publisher().reactorCount(), 0u );
 }
 
 // The tracker's teardown runs the pending reactions of others; here one
