@@ -172,7 +172,7 @@ Outcome IpfixRandomTest::change( std::string& what ) {
 TEST_F( IpfixRandomTest, EveryUnitFollowsTheLastReaction ) {
    const uint64_t seed = fromEnvironment( "FERRO_IPFIX_RANDOM_SEED", 20261122 );
 #if defined( __SANITIZE_ADDRESS__ )
-   const uint64_t changes = fromEnvironment( "FERRO_IPFIX_RANDOM_CHANGES", 5000 );
+   const uint64_t changes = fromEnvironment( "FERRO_IPFIX_RANDOM_CHANGES", 20000 );
 #else
    const uint64_t changes = fromEnvironment( "FERRO_IPFIX_RANDOM_CHANGES", 100000 );
 #endif
