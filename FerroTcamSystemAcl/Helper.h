@@ -5,6 +5,7 @@
 #pragma once
 
 #include "FerroTcamSystemAcl/IpfixPortProgrammerSm.h"
+#include "FerroTcamSystemAcl/LibraryModule.h"
 #include "platform/agent/FerroCentral.h"
 #include "platform/agent/HelperBase.h"
 #include "platform/runtime/TypeRegistry.h"
@@ -16,7 +17,7 @@ class Helper : public HelperBase {
    typedef Lumo::Ptr<Helper> Ptr;
 
    // Type indices of the library's reflected types within its module.
-   static constexpr const char* moduleName = "FerroTcamSystemAcl";
+   static constexpr const char* moduleName = libraryModule;
    static constexpr U32 typeIndex = 4;
    // Reflected attribute ids of Helper.
    enum Attribute : Lumo::AttributeId {

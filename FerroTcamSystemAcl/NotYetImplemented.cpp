@@ -36,7 +36,6 @@ void Helper::updateL2ProtoFwdRules() { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateL2PfRule( U32, U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateNonL2PfRule( U32, U32 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updatePbmpEAllSystemAclRules( U32, Wirex::IntfId ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallIpFixPort( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateCopyToCpuCancelLLMcastTcam( U16, bool ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateEapolDstMac( U32, U32, const Wirex::EthAddr& ) { FERRO_NOT_IMPLEMENTED; }
 bcm_pbmp_t Helper::getPbmpForL2ProfileRule( U32, U32 ) { FERRO_NOT_IMPLEMENTED; }

@@ -14,11 +14,14 @@ void setAndNotify( Map& map, const Lumo::String& name, Value value,
    publisher.notify( attribute, name );
 }
 
+// The removed key is announced from the extracted node: `name` may be the very
+// key that goes, and the removed value outlives the reactions to its removal.
 template <typename Map>
 void deleteAndNotify( Map& map, const Lumo::String& name, Lumo::Publisher& publisher,
                       Lumo::AttributeId attribute ) {
-   if ( map.erase( name ) != 0 ) {
-      publisher.notify( attribute, name );
+   auto removed = map.extract( name );
+   if ( removed ) {
+      publisher.notify( attribute, removed.key() );
    }
 }
 

@@ -81,3 +81,18 @@ TEST( HwFlowTrackingTest, EveryChangeIsPublishedWithItsKey ) {
       EXPECT_TRUE( row.stored() );
    }
 }
+
+// The caller may name the key to delete by the map's own copy of it, which the
+// erase frees: the notification must still carry the key intact (the sanitizer
+// preset reports the read of a freed key).
+TEST( HwFlowTrackingTest, DeletingByTheMapsOwnKeyAnnouncesThatKey ) {
+   const std::string name = "a collector name too long for the short-string buffer";
+   auto exporter = Lumo::makePtr<ExporterConfig>();
+   exporter->collectorIp6AndPortIs( name, { {}, 4740 } );
+   Listener listener;
+   listener.notifierIs( &exporter->publisher() );
+   exporter->collectorIp6AndPortDel( exporter->collectorIp6AndPort().begin()->first );
+   EXPECT_EQ( listener.heard,
+              ( std::vector<Heard>{ { ExporterConfig::attrCollectorIp6AndPort, name } } ) );
+   EXPECT_TRUE( exporter->collectorIp6AndPort().empty() );
+}
