@@ -22,7 +22,6 @@ namespace {
 #define FERRO_NOT_IMPLEMENTED notImplemented( __PRETTY_FUNCTION__ )
 
 void Helper::doInstallL2TrapRules( U16 ) { FERRO_NOT_IMPLEMENTED; }
-void Helper::doInstallTH3SystemAclRule( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallL2McastPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallL2UnicastPTPRuleCommon( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallLinkLocalPTPRule( U16, U32, const Lumo::String& ) {
