@@ -30,7 +30,7 @@ const BringupStep steps[] = {
     { "doInstallIpv4ElevatorPTPRuleCommon",
       &HelperBase::doInstallIpv4ElevatorPTPRuleCommon, install, every, false },
     { "doInstallTH3SystemAclRule", &HelperBase::doInstallTH3SystemAclRule, install,
-      vlanStageClass, false },
+      vlanStageClass, true },
     { "verifyInstalledAclRules", &HelperBase::verifyInstalledAclRules, verify, every,
       true },
     { "verifyInstalledL2TrapRules", &HelperBase::verifyInstalledL2TrapRules, verify,
