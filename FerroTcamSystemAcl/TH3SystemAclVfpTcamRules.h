@@ -1,6 +1,7 @@
 // The VLAN-stage class rules by name, as an 8-bit enumeration of the type
 // runtime, so that the agent's reflection and configuration can name a rule.
-// The values say nothing about the order of the rules; only the names matter.
+// Only the names are an interface: the values follow the installation order
+// for readability, and nothing may depend on them.
 #pragma once
 
 #include <ostream>
