@@ -119,7 +119,8 @@ TEST_P( ProfileRun, VlanStageClassRulesOnlyWhereTheChipClassifies ) {
    }
    const ToolRun run = runTool( { "--profile", GetParam(), "--json" } );
    ASSERT_EQ( run.exitCode, 0 ) << run.err;
-   for ( const Json& unit : Json::parse( run.out )["units"] ) {
+   const Json state = Json::parse( run.out );
+   for ( const Json& unit : state["units"] ) {
       const FerroCentral::ChipCapabilities& chip = chips.at( unit["chip"] );
       Json expected = Json::array();
       for ( const Rule& rule : rules ) {
