@@ -21,7 +21,6 @@ namespace {
 
 #define FERRO_NOT_IMPLEMENTED notImplemented( __PRETTY_FUNCTION__ )
 
-void Helper::doInstallTH3SystemAclRule( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::doInstallEapolFwdRule( U16 ) { FERRO_NOT_IMPLEMENTED; }
 void Helper::updateInPortForClassEntry( U32, Wirex::IntfId, bool,
                                         Lamo::L2Pt::L2PtTrafficType ) {

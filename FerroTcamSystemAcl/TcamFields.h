@@ -54,5 +54,9 @@ constexpr U8 IPPROTO_WESP = 141;
 
 constexpr U16 BGP_PORT = 179;
 constexpr U16 MLAG_L4_PORT = 4432;
+// KIX: the heartbeat, the controller's and the client's attribute-log sessions.
+constexpr U16 KIX_HB_PORT = 50003;
+constexpr U16 KIX_CONTROLLER_PORT = 9979;
+constexpr U16 KIX_CLIENT_PORT = 9999;
 
 }  // namespace FerroTcamSystemAcl

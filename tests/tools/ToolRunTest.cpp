@@ -81,6 +81,66 @@ TEST_P( ProfileRun, JsonHasTheStableForm ) {
    }
 }
 
+// The VLAN-stage class rules, by name and class in installation order, on
+// exactly the units whose chip classifies in the VLAN stage; the two IGMP
+// rules only where the chip does not suppress them.
+TEST_P( ProfileRun, VlanStageClassRulesOnlyWhereTheChipClassifies ) {
+   struct Rule {
+      const char* name;
+      int classId;
+      bool igmp;
+   };
+   const Rule rules[] = {
+       { "OSPF Multicast MAC", 1, false },
+       { "PIM Multicast IP", 2, false },
+       { "PIM Multicast IP", 3, false },
+       { "IGMP Flood Link Local", 4, true },
+       { "IGMP Multicast MAC", 5, true },
+       { "MLAG L4 Source Port", 10, false },
+       { "KIX Heartbeat L4 Source Port", 11, false },
+       { "KIX Controller L4 Source Port", 12, false },
+       { "KIX Client L4 Source Port", 13, false },
+       { "BGP L4 Source Port", 9, false },
+       { "DHCPv4 Server L4 Source Port", 7, false },
+       { "DHCPv6 Server L4 Source Port", 8, false },
+       { "DHCPv4 Client L4 Source Port", 15, false },
+       { "ICMPv6 ND Solicit", 14, false },
+       { "ICMPv6 ND Advertisement", 17, false },
+       { "MLD Listener Query", 16, false },
+       { "MLD V1 Report", 16, false },
+       { "MLD Listener Done", 16, false },
+       { "MLD V2 Report", 16, false },
+   };
+   const auto config = FerroAcl::loadProfile( GetParam() );
+   ASSERT_TRUE( config ) << config.error();
+   std::map<std::string, FerroCentral::ChipCapabilities> chips;
+   for ( const Agent::ChipProfile& chip : config.value().chips ) {
+      chips[chip.family] = chip.attributes;
+   }
+   const ToolRun run = runTool( { "--profile", GetParam(), "--json" } );
+   ASSERT_EQ( run.exitCode, 0 ) << run.err;
+   const Json state = Json::parse( run.out );
+   for ( const Json& unit : state["units"] ) {
+      const FerroCentral::ChipCapabilities& chip = chips.at( unit["chip"] );
+      Json expected = Json::array();
+      for ( const Rule& rule : rules ) {
+         if ( chip.vlanStageClassRulesSupported &&
+              !( rule.igmp && chip.igmpVlanClassRulesSuppressed ) ) {
+            expected.push_back( { rule.name, { { "ClassDestSet", { rule.classId, 0 } } },
+                                  true } );
+         }
+      }
+      Json shown = Json::array();
+      for ( const Json& entry : unit["entries"] ) {
+         if ( entry["stage"] == "vlan" ) {
+            shown.push_back( { entry["name"], entry["actions"],
+                               entry["installed"] == true && entry["enabled"] == true } );
+         }
+      }
+      EXPECT_EQ( shown, expected ) << "unit " << unit["unit"];
+   }
+}
+
 INSTANTIATE_TEST_SUITE_P( Profiles, ProfileRun, testing::ValuesIn( profileFiles() ) );
 
 TEST( ToolRun, WithoutArgumentsBringsUpTheEmbeddedDefault ) {

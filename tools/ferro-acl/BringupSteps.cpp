@@ -33,7 +33,7 @@ const BringupStep steps[] = {
     { "doInstallIpv4ElevatorPTPRuleCommon",
       &HelperBase::doInstallIpv4ElevatorPTPRuleCommon, install, every, true },
     { "doInstallTH3SystemAclRule", &HelperBase::doInstallTH3SystemAclRule, install,
-      vlanStageClass, false },
+      vlanStageClass, true },
     { "verifyInstalledAclRules", &HelperBase::verifyInstalledAclRules, verify, every,
       true },
     { "verifyInstalledL2TrapRules", &HelperBase::verifyInstalledL2TrapRules, verify,
