@@ -1,5 +1,7 @@
 // The L3 rules of every chip profile, judged by what packets hit on the
 // simulated chip after doInstallAclRules.
+#include <set>
+
 #include <gtest/gtest.h>
 
 #include "L3TestSupport.h"
@@ -236,6 +238,35 @@ TEST_P( L3RuleLookup, EntriesRunUpFromTheBaseInRuleOrderAndAreRecorded ) {
       EXPECT_EQ( L3Test::entryNamed( s_, unit, "RouterL3 DSCP 48-63 Elevator" ),
                  s_.helper->l3PrioHighDscpRule( unit ) );
       EXPECT_LT( s_.helper->l3PrioHighCosRule( unit ), s_.helper->l3PrioRule( unit ) );
+   } );
+}
+
+// Only the rules the port refresh re-binds carry in-ports; any other bitmap
+// would go stale when the unit's Ethernet ports change. On ACL-group chips
+// port classes stand in for them, and PIM's bitmap is permanent only where it
+// has one.
+TEST_P( L3RuleLookup, OnlyRefreshedRulesCarryInPorts ) {
+   const std::set<std::string> bound = {
+      "ISIS IS-L1L2 Entry Fp Ports", "ISIS IS-L1L2 Entry CPU Port", "ISIS ALL-IS Entry Fp Ports",
+      "ISIS ALL-IS Entry Cpu Ports", "PIM", "Ipfix Dst Port", "L3MC Cpu OIF",
+      "Redirect packets from CPU to CPU drop queue" };
+   const bool aclGroups = config_.aclGroupManagers;
+   forEachUnit( [ & ]( U16 unit, const FerroCentral::ChipAttributes& ) {
+      for ( const Sim::EntryView& e : Sim::FieldProcessor::instance().entries( unit ) ) {
+         const TcamEntryRecord* record = s_.sw->l3Manager->record( unit, U32( e.id ) );
+         if ( e.group != Agent::ManagerLayout::l3Group || record == nullptr || !e.installed ) {
+            continue;
+         }
+         bool inPorts = false;
+         for ( const Sim::QualifierView& q : e.software.qualifiers ) {
+            inPorts = inPorts || q.name == "InPorts";
+         }
+         const bool listed = bound.count( record->ruleName ) != 0;
+         EXPECT_EQ( inPorts, listed && !aclGroups ) << record->ruleName;
+         if ( record->ruleName == "PIM" ) {
+            EXPECT_EQ( record->pbmp && record->pbmp->permanent, !aclGroups );
+         }
+      }
    } );
 }
 
