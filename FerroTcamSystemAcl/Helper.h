@@ -160,6 +160,13 @@ class Helper : public HelperBase {
                          const FerroTcamGroupManager::Ptr& groupManager,
                          bcm_field_entry_t entry, U16 port, U16 portMask, U32 selector );
 
+   // Verification checks nothing before the chip's bring-up allows it, after a
+   // hitless restart that has not reconciled, or when the operator disabled it.
+   bool verificationSkipped( const FerroCentral::ChipInfo& chipInfo ) const {
+      return FerroCentral::isBlocked( chipInfo, FerroCentral::BringupStage::aclVerifiable ) ||
+             hitlessRestartInProgress || aclVerificationDisabled;
+   }
+
    // The unit's chip attributes (a default record for a unit without chip info).
    FerroCentral::ChipAttributes::PtrConst chipAttributes( U32 unit ) const;
 

@@ -4,8 +4,6 @@
 // entries (their actions and enable state follow the PTP mode and are not
 // compared). The expected in-ports are recomputed from the L2 protocol
 // forwarding configuration as it stands.
-#include <cstdlib>
-
 #include "FerroTcamSystemAcl/CheckedCall.h"
 #include "FerroTcamSystemAcl/Helper.h"
 #include "FerroTcamSystemAcl/LibraryGlobals.h"
@@ -19,13 +17,6 @@ namespace {
 using Lamo::L2Pt::L2PtProtocol;
 
 constexpr U8 platformCodeCopyToCpu = 7;
-
-// On a platform that may run as a simulation with SIMULATION_VMID set, the
-// port bitmaps are the simulator's and are not compared.
-bool comparePortBitmaps() {
-   return !( FerroCentral::ferroAttributes()->mayRunAsSimulation &&
-             std::getenv( "SIMULATION_VMID" ) );
-}
 
 }  // namespace
 
@@ -88,8 +79,7 @@ void Helper::verifyInstalledL2TrapRules( U16 unit ) {
    const char* const checkedCallFunction = __func__;
    FERRO_TRACE( 5, "Helper::" << "verifyInstalledL2TrapRules" << " unit:" << unit );
    const FerroCentral::ChipInfo chipInfo = smData()->chipInfo( unit );
-   if ( FerroCentral::isBlocked( chipInfo, FerroCentral::BringupStage::aclVerifiable ) ||
-        hitlessRestartInProgress || aclVerificationDisabled ) {
+   if ( verificationSkipped( chipInfo ) ) {
       return;
    }
    const FerroCentral::ChipAttributes::PtrConst attributes = chipAttributes( unit );

@@ -28,8 +28,7 @@ void Helper::verifyInstalledAclRules( U16 unit ) {
    const FerroCentral::ChipInfo chipInfo = smData()->chipInfo( unit );
    const U8 chipModel = model( unit );
    FERRO_TRACE( 5, "Helper::" << "verifyInstalledAclRules" << " unit:" << unit );
-   if ( FerroCentral::isBlocked( chipInfo, FerroCentral::BringupStage::aclVerifiable ) ||
-        hitlessRestartInProgress || aclVerificationDisabled ) {
+   if ( verificationSkipped( chipInfo ) ) {
       return;
    }
    const FerroCentral::ChipAttributes::PtrConst attributes = chipAttributes( unit );
@@ -56,12 +55,6 @@ void Helper::verifyInstalledAclRules( U16 unit ) {
    };
    auto verifyNextHop = [ & ]() {
       verifyL3NextHopQualifier( unit, entry, attributes, FerroCommon::selfIpClassId_ );
-   };
-   // On a platform that may run as a simulation with SIMULATION_VMID set, the
-   // port bitmaps are the simulator's and are not compared.
-   auto comparePortBitmaps = []() {
-      return !( FerroCentral::ferroAttributes()->mayRunAsSimulation &&
-                std::getenv( "SIMULATION_VMID" ) );
    };
    // What the installer bound the rule to: all Ethernet ports, unless port
    // classes bind it instead.

@@ -1,9 +1,20 @@
-// Action read-backs of the verification operations, each asserting the value
-// the action was programmed with. They expect `unit` and `entry` in scope and
-// name the enclosing operation when they fail.
+// What the verification operations share: whether port bitmaps are compared,
+// and action read-backs, each asserting the value the action was programmed
+// with. The read-backs expect `unit` and `entry` in scope and name the
+// enclosing operation when they fail.
 #pragma once
 
+#include <cstdlib>
+
 #include "FerroTcamSystemAcl/CheckedCall.h"
+#include "platform/agent/FerroCentral.h"
+
+// On a platform that may run as a simulation with SIMULATION_VMID set, the
+// port bitmaps are the simulator's and are not compared.
+inline bool comparePortBitmaps() {
+   return !( FerroCentral::ferroAttributes()->mayRunAsSimulation &&
+             std::getenv( "SIMULATION_VMID" ) );
+}
 
 #define VERIFY_CPU_QUEUE( expected )                                                \
    do {                                                                             \
