@@ -59,7 +59,39 @@ int FieldProcessor::attachUnit( int unit, const UnitConfig& config ) {
    }
    u.classIdMax = config.classIdBits >= 32 ? ~0u : ( 1u << config.classIdBits ) - 1;
    u.portClass.assign( static_cast<size_t>( config.portCount ), 0 );
+   for ( int port = 0; port < config.portCount; ++port ) {
+      bcm_pbmp_port_add( u.validPorts, port );
+   }
    return 0;
+}
+
+int FieldProcessor::portValidIs( int unit, bcm_port_t port, bool valid ) {
+   std::lock_guard guard( state_->mutex );
+   Unit* u = state_->findUnit( unit );
+   if ( u == nullptr ) {
+      return BCM_E_UNIT;
+   }
+   if ( port <= cpuPortNumber || port >= u->config.portCount ) {
+      return BCM_E_PORT;
+   }
+   if ( valid ) {
+      bcm_pbmp_port_add( u->validPorts, port );
+   } else {
+      bcm_pbmp_port_remove( u->validPorts, port );
+      u->portClass[static_cast<size_t>( port )] = 0;
+   }
+   return 0;
+}
+
+bcm_pbmp_t FieldProcessor::portBitmapAll( int unit ) {
+   std::lock_guard guard( state_->mutex );
+   const Unit* u = state_->findUnit( unit );
+   return u == nullptr ? bcm_pbmp_t{} : u->validPorts;
+}
+
+bcm_port_t FieldProcessor::cpuPort( int unit ) {
+   std::lock_guard guard( state_->mutex );
+   return state_->findUnit( unit ) == nullptr ? -1 : cpuPortNumber;
 }
 
 bool FieldProcessor::unitExists( int unit ) const {

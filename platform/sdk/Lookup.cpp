@@ -301,7 +301,8 @@ LookupResult FieldProcessor::lookup( int unit, const PacketFields& packet ) cons
    std::lock_guard guard( state_->mutex );
    LookupResult result;
    const Unit* u = state_->findUnit( unit );
-   if ( u == nullptr ) {
+   // No packet arrives on a port the unit does not have.
+   if ( u == nullptr || !u->portValid( packet.inPort ) ) {
       return result;
    }
    result.vlan = lookupStage( *u, bcmFieldStageLookup, packet, state_->version );

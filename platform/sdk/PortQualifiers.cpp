@@ -17,6 +17,13 @@ bool portsBeyond( const bcm_pbmp_t& bitmap, int portCount ) {
    return false;
 }
 
+// A port that has been flexed out cannot be matched on; masking it is harmless.
+bool absentPortsIn( const bcm_pbmp_t& data, const bcm_pbmp_t& validPorts ) {
+   bcm_pbmp_t absent = data;
+   bcm_pbmp_remove( absent, validPorts );
+   return !bcm_pbmp_is_null( absent );
+}
+
 // Module id and port each take 8 bits; the pair is kept as one 16-bit field.
 int setModulePort( State& s, int unit, bcm_field_entry_t entry, bcm_field_qualify_t q,
                    bcm_module_t dataModid, bcm_module_t maskModid, bcm_port_t dataPort,
@@ -62,8 +69,8 @@ int FieldProcessor::bcm_field_qualify_InPorts( int unit, bcm_field_entry_t entry
           if ( u == nullptr ) {
              return BCM_E_UNIT;
           }
-          if ( portsBeyond( data, u->config.portCount ) ||
-               portsBeyond( mask, u->config.portCount ) ) {
+          if ( portsBeyond( mask, u->config.portCount ) ||
+               absentPortsIn( data, u->validPorts ) ) {
              return BCM_E_PORT;
           }
           int rc = 0;

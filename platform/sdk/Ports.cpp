@@ -15,12 +15,9 @@ int FieldProcessor::bcm_port_config_get( int unit, bcm_port_config_t* config ) {
           if ( config == nullptr ) {
              return BCM_E_PARAM;
           }
-          bcm_pbmp_clear( config->all );
+          config->all = u->validPorts;
           bcm_pbmp_clear( config->cpu );
-          for ( int port = 0; port < u->config.portCount; ++port ) {
-             bcm_pbmp_port_add( config->all, port );
-          }
-          bcm_pbmp_port_add( config->cpu, 0 );
+          bcm_pbmp_port_add( config->cpu, cpuPortNumber );
           config->e = config->all;
           bcm_pbmp_remove( config->e, config->cpu );
           return 0;
@@ -41,7 +38,7 @@ int FieldProcessor::bcm_port_class_set( int unit, bcm_port_t port,
           if ( pclass != bcmPortClassFieldIngress || classId > u->classIdMax ) {
              return BCM_E_PARAM;
           }
-          if ( port < 0 || port >= u->config.portCount ) {
+          if ( !u->portValid( port ) ) {
              return BCM_E_PORT;
           }
           u->portClass[static_cast<size_t>( port )] = classId;
@@ -63,7 +60,7 @@ int FieldProcessor::bcm_port_class_get( int unit, bcm_port_t port,
           if ( pclass != bcmPortClassFieldIngress || classId == nullptr ) {
              return BCM_E_PARAM;
           }
-          if ( port < 0 || port >= u->config.portCount ) {
+          if ( !u->portValid( port ) ) {
              return BCM_E_PORT;
           }
           *classId = u->portClass[static_cast<size_t>( port )];

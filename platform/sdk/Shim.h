@@ -92,7 +92,11 @@ class Sdk {
    virtual uint32_t packetRes( PacketRes name ) = 0;
    virtual int constant( SdkConstant name ) = 0;
 
-   // Ports of a unit.
+   // Ports of a unit. What the SDK keeps per unit and hands out without a
+   // call: the bitmap of every port that exists now, CPU included (empty for
+   // an unknown unit), and the CPU's port (-1 for an unknown unit).
+   virtual bcm_pbmp_t portBitmapAll( int unit ) = 0;
+   virtual bcm_port_t cpuPort( int unit ) = 0;
    virtual int bcm_port_config_get( int unit, bcm_port_config_t* config ) = 0;
    virtual int bcm_port_class_set( int unit, bcm_port_t port, bcm_port_class_t pclass,
                                    uint32 classId ) = 0;

@@ -93,6 +93,11 @@ struct Unit {
    std::map<bcm_field_group_t, Group> groups;
    std::unordered_map<bcm_field_entry_t, Entry> entries;
    std::vector<uint32_t> portClass;  // bcmPortClassFieldIngress per port
+   // Ports that exist now: 0 .. portCount-1 at attach; a flexed-out port
+   // keeps its number but takes no traffic and no configuration.
+   bcm_pbmp_t validPorts{};
+
+   bool portValid( bcm_port_t port ) const { return bcm_pbmp_member( validPorts, port ); }
 
    Entry* findEntry( bcm_field_entry_t id ) {
       auto it = entries.find( id );

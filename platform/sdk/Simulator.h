@@ -17,6 +17,9 @@ namespace Sim {
 // SDK versions differ in the numeric values of their enumerations.
 enum class SdkVersion : uint8_t { V6_5, V6_6 };
 
+// The CPU's logical port on every simulated unit.
+constexpr bcm_port_t cpuPortNumber = 0;
+
 struct UnitConfig {
    int portCount = 65;            // logical ports 0 .. portCount-1; port 0 is the CPU
    int cpuQueueCount = 48;        // CPU CoS queues 0 .. cpuQueueCount-1
@@ -159,6 +162,11 @@ class FieldProcessor : public Shim::Sdk {
    // chip cannot have (port count outside 1..BCM_PBMP_PORT_MAX, no CPU queue,
    // class ids outside 1..32 bits).
    int attachUnit( int unit, const UnitConfig& config );
+   // Flexes a front-panel port in or out of existence, as a port-resource
+   // change does on a chip: an absent port keeps its number but is refused by
+   // every per-port call and in-port data, and takes no packets. BCM_E_PORT for
+   // the CPU port or a port beyond the unit's count.
+   int portValidIs( int unit, bcm_port_t port, bool valid );
    bool unitExists( int unit ) const;
    std::vector<int> units() const;
 
@@ -196,7 +204,8 @@ class FieldProcessor : public Shim::Sdk {
    std::optional<Shim::PacketRes> packetResFromValue( uint32_t value ) const;
 
    // Equal group priorities go to the lower group id. An entry's priority is
-   // not part of its copies: prio_set moves an installed entry at once.
+   // not part of its copies: prio_set moves an installed entry at once. A
+   // packet on a port the unit does not have (now) hits nothing.
    LookupResult lookup( int unit, const PacketFields& packet ) const;
 
    // Shim::Sdk, in the order of Shim.h.
@@ -209,6 +218,8 @@ class FieldProcessor : public Shim::Sdk {
    uint32_t packetRes( Shim::PacketRes name ) override;
    int constant( Shim::SdkConstant name ) override;
 
+   bcm_pbmp_t portBitmapAll( int unit ) override;
+   bcm_port_t cpuPort( int unit ) override;
    int bcm_port_config_get( int unit, bcm_port_config_t* config ) override;
    int bcm_port_class_set( int unit, bcm_port_t port, bcm_port_class_t pclass,
                            uint32 classId ) override;

@@ -166,6 +166,52 @@ TEST_F( EntryLifecycleTest, PortConfigSplitsCpuFromEthernetPorts ) {
    EXPECT_TRUE( BCM_PBMP_EQ( portRange( 0, 64 ), config.all ) );
    EXPECT_TRUE( BCM_PBMP_EQ( portsOf( { 0 } ), config.cpu ) );
    EXPECT_TRUE( BCM_PBMP_EQ( portRange( 1, 64 ), config.e ) );
+   EXPECT_TRUE( BCM_PBMP_EQ( portRange( 0, 64 ), sdk.portBitmapAll( kUnit ) ) );
+   EXPECT_EQ( 0, sdk.cpuPort( kUnit ) );
+   EXPECT_TRUE( BCM_PBMP_IS_NULL( sdk.portBitmapAll( 7 ) ) );
+   EXPECT_EQ( -1, sdk.cpuPort( 7 ) );
+}
+
+// A flexed-out port is gone from every port set, refused as in-port data and
+// by per-port calls, and takes no packets; masking it stays allowed. Flexed
+// back in, it is a port like any other, with its class reset.
+TEST_F( EntryLifecycleTest, AbsentPortIsRefusedUntilFlexedBackIn ) {
+   installTrap( 7, 179, 30 );
+   ASSERT_EQ( 0, sdk.bcm_port_class_set( kUnit, 9, bcmPortClassFieldIngress, 4 ) );
+   ASSERT_EQ( 0, fp.portValidIs( kUnit, 9, false ) );
+
+   bcm_port_config_t config;
+   ASSERT_EQ( 0, sdk.bcm_port_config_get( kUnit, &config ) );
+   bcm_pbmp_t expected = portRange( 1, 64 );
+   BCM_PBMP_PORT_REMOVE( expected, 9 );
+   EXPECT_TRUE( BCM_PBMP_EQ( expected, config.e ) );
+   BCM_PBMP_PORT_ADD( expected, 0 );
+   EXPECT_TRUE( BCM_PBMP_EQ( expected, sdk.portBitmapAll( kUnit ) ) );
+
+   uint32 portClass = 0;
+   EXPECT_EQ( BCM_E_PORT,
+              sdk.bcm_port_class_get( kUnit, 9, bcmPortClassFieldIngress, &portClass ) );
+   EXPECT_EQ( BCM_E_PORT,
+              sdk.bcm_port_class_set( kUnit, 9, bcmPortClassFieldIngress, 1 ) );
+   EXPECT_EQ( BCM_E_PORT, sdk.bcm_field_qualify_InPorts( kUnit, 7, portsOf( { 8, 9 } ),
+                                                          portRange( 0, 64 ) ) );
+   EXPECT_EQ( 0, sdk.bcm_field_qualify_InPorts( kUnit, 7, portsOf( { 8 } ),
+                                                portRange( 0, 64 ) ) );
+   ASSERT_EQ( 0, sdk.bcm_field_entry_reinstall( kUnit, 7 ) );
+   Sim::PacketFields packet = udpTo( 179 );
+   packet.inPort = 8;
+   EXPECT_THAT( ingressHits( packet ), ElementsAre( 7 ) );
+   packet.inPort = 9;
+   EXPECT_THAT( ingressHits( packet ), IsEmpty() );
+
+   EXPECT_EQ( BCM_E_PORT, fp.portValidIs( kUnit, 0, false ) );
+   EXPECT_EQ( BCM_E_PORT, fp.portValidIs( kUnit, 65, true ) );
+   EXPECT_EQ( BCM_E_UNIT, fp.portValidIs( 7, 9, true ) );
+   ASSERT_EQ( 0, fp.portValidIs( kUnit, 9, true ) );
+   ASSERT_EQ( 0, sdk.bcm_port_class_get( kUnit, 9, bcmPortClassFieldIngress, &portClass ) );
+   EXPECT_EQ( 0u, portClass );
+   EXPECT_EQ( 0, sdk.bcm_field_qualify_InPorts( kUnit, 7, portsOf( { 8, 9 } ),
+                                                portRange( 0, 64 ) ) );
 }
 
 }  // namespace
