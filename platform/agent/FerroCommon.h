@@ -8,6 +8,7 @@
 #include "platform/agent/FerroTypes.h"
 #include "platform/runtime/Containers.h"
 #include "platform/runtime/Ptr.h"
+#include "platform/runtime/Publisher.h"
 #include "platform/sdk/Bcm.h"
 
 namespace FerroCommon {
@@ -65,15 +66,29 @@ constexpr U32 classMldSubTypes_ = 16;
 constexpr U32 classNeighborAdvertisement_ = 17;
 
 // L2 protocol forwarding configuration: per protocol, the interfaces on which
-// the protocol is forwarded instead of trapped, and for which traffic.
+// the protocol is forwarded instead of trapped, and for which traffic. Every
+// change is published under attrFwdInfo, keyed by the protocol's name.
 struct FerroL2ProtocolFwdInfo {
    Lumo::HashMap<Wirex::IntfId, Lamo::L2Pt::L2PtTrafficType> intf;
 };
 class FerroL2ProtocolFwd : public Lumo::Node {
   public:
    typedef Lumo::Ptr<FerroL2ProtocolFwd> Ptr;
-   Lumo::HashMap<U8, FerroL2ProtocolFwdInfo> fwdInfo;  // keyed by L2PtProtocol value
+   static constexpr Lumo::AttributeId attrFwdInfo = 301;
+
+   // Null when nothing of `protocol` is forwarded.
    const FerroL2ProtocolFwdInfo* info( Lamo::L2Pt::L2PtProtocol protocol ) const;
+   // Forwards `protocol` on `intf` for `trafficType` (replacing an earlier type).
+   void intfIs( Lamo::L2Pt::L2PtProtocol protocol, Wirex::IntfId intf,
+                Lamo::L2Pt::L2PtTrafficType trafficType );
+   // Traps `protocol` on `intf` again; a protocol left without interfaces is
+   // dropped from the configuration. Publishes nothing when nothing changed.
+   void intfDel( Lamo::L2Pt::L2PtProtocol protocol, Wirex::IntfId intf );
+   Lumo::Publisher& publisher() { return publisher_; }
+
+  private:
+   Lumo::HashMap<U8, FerroL2ProtocolFwdInfo> fwdInfo_;  // keyed by L2PtProtocol value
+   Lumo::Publisher publisher_;
 };
 
 }  // namespace FerroCommon

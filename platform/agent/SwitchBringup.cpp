@@ -14,7 +14,6 @@ namespace Agent {
 namespace {
 
 constexpr U32 cpuIntfBase = 0x20000000;  // CPU interfaces: one per unit
-constexpr U32 ethernetPerUnit = 1000;     // unit u's port p is Ethernet(u * 1000 + p)
 constexpr int minPortCount = 2;           // the CPU port and one front-panel port
 constexpr int maxPortCount = BCM_PBMP_PORT_MAX;
 
@@ -135,8 +134,7 @@ FerroCommonSmData::Ptr sharedState( const SwitchConfig& config,
       smData->cpuPorts[ cpuIntf ] = FerroTypes::FerroPort( desc->modId, desc->unit, 0 );
       smData->cpuPortOrder.push_back( cpuIntf );
       for ( int port = 1; port < portCount; ++port ) {
-         const auto intf =
-            Wirex::IntfId::ethernet( desc->unit * ethernetPerUnit + U32( port ) );
+         const Wirex::IntfId intf = Switch::ethernetIntf( desc->unit, U16( port ) );
          smData->intfToPort[ intf ] =
             FerroTypes::FerroPort( desc->modId, desc->unit, U16( port ) );
       }
@@ -264,7 +262,7 @@ Switch::Ptr bringUp( const SwitchConfig& config ) {
    sw->flowTracking = Lumo::makePtr<HwFlowTracking::Config>();
    sw->l2ProtocolFwd = Lumo::makePtr<FerroCommon::FerroL2ProtocolFwd>();
    for ( const L2ProtocolForwarding& fwd : config.l2ProtocolForwarding ) {
-      sw->l2ProtocolFwd->fwdInfo[ U8( fwd.protocol ) ].intf[ fwd.intf ] = fwd.trafficType;
+      sw->l2ProtocolFwd->intfIs( fwd.protocol, fwd.intf, fwd.trafficType );
    }
    return sw;
 }

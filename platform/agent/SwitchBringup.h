@@ -89,6 +89,22 @@ class Switch : public Lumo::Node {
 
    // The chip profile of a unit; null for an unknown unit.
    const ChipProfile* chip( U16 unit ) const;
+
+   // Port set changes, as the agent sees them when a front-panel port comes or
+   // goes (a port-resource change, or an interface of the Mesa fabric). Adding
+   // brings the port back on the chip and into the shared state's port sets
+   // and interface map, and, for a Mesa fabric interface, into that table;
+   // removing takes it out of the chip, the port sets and the interface map,
+   // and leaves the fabric table to the caller, which drops the interface
+   // once the rules have let its port go. Both return the port's interface;
+   // the system rules follow once the helper's updatePbmpEAllSystemAclRules
+   // runs for it. Throw std::invalid_argument naming what is wrong: an
+   // unknown unit, a port outside 1..portCount-1, a port already present
+   // (add) or absent (remove).
+   Wirex::IntfId ethernetPortAdd( U16 unit, U16 port, bool mesaFabric );
+   Wirex::IntfId ethernetPortRemove( U16 unit, U16 port );
+   // The interface of a unit's front-panel port.
+   static Wirex::IntfId ethernetIntf( U16 unit, U16 port );
    // Hands managers, shared state and flags to the helper.
    void attach( FerroTcamSystemAcl::HelperBase& helper ) const;
 };
