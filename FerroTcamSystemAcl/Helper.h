@@ -150,10 +150,9 @@ class Helper : public HelperBase {
    // of `data`; false when the protocol has no forwarding configuration.
    bool removeL2ForwardingPorts( U16 unit, int entry, Lamo::L2Pt::L2PtProtocol protocol,
                                  bcm_pbmp_t& data ) const;
-   // Reads an L2 rule's port binding back: in-ports as installed (less the
-   // forwarding ports of `protocol`, when given) or its port class.
-   void verifyL2RulePorts( U16 unit, U32 entry, const Lamo::L2Pt::L2PtProtocol* protocol,
-                           const char* checkedCallOperation );
+   // Reads an L2 rule's port binding back: the in-ports recorded for it, or
+   // its port class.
+   void verifyL2RulePorts( U16 unit, U32 entry, const char* checkedCallOperation );
 
    // One BFD entry: control, echo or multihop.
    void programBfdRules( U16 unit, const FerroCentral::ChipAttributes::PtrConst& attributes,

@@ -2,6 +2,13 @@
 // protocol to be forwarded rather than trapped, that protocol's trap entries
 // must not cover the interface's port. Forwarding applies per physical port;
 // a port-channel is configured through its members.
+//
+// The trap entries of each protocol, on every unit that has them:
+//   stp       "BPDU Priority Elevator"
+//   lacp      "LACPDU Priority Elevator"
+//   microBfd  "MicroBfdPdu Priority Elevator"
+//   lldp      the LLDPDU elevator, and on VXLAN-core chips its VXLAN-core
+//             variant, which alone lets a port go for decapsulated traffic
 #include "FerroTcamSystemAcl/CheckedCall.h"
 #include "FerroTcamSystemAcl/Helper.h"
 #include "FerroTcamSystemAcl/LibraryGlobals.h"
@@ -63,6 +70,47 @@ bcm_pbmp_t Helper::updateDevicePortBitmapForTcamEntry(
    }
    FERRO_ASSERT( 0 && "Invalid L2PtTrafficType" );
    return result;
+}
+
+// Rebuilds one trap entry's ports from the forwarding configuration as it
+// stands: every Ethernet port of the unit but those forwarding the protocol.
+// The bitmap is recorded and kept per entry, so a later port refresh
+// re-applies exactly it. Port classes (ACL-group managers) carry no
+// forwarding exclusions, as at installation, and are left alone.
+void Helper::updateL2ProtoFwdRule( U32 unit, U32 entry, Lamo::L2Pt::L2PtProtocol protocol ) {
+   FERRO_TRACE( 2, "updateL2ProtoFwdRule" << " unit: " << unit << " entry: " << entry
+                                          << " protocol: " << Lamo::L2Pt::name( protocol ) );
+   if ( entry == 0 || smData()->skipInPortQualify ) {
+      return;
+   }
+   const FerroTcamEntryManager::Ptr entryManager =
+      systemAclGroupManager()->managerForEntry( entry );
+   FERRO_ASSERT( !!entryManager && "Not able to identify the entryManager for the entry" );
+   if ( entryManager->supportsAclGroup() ) {
+      return;
+   }
+   bcm_pbmp_t data = FerroTcam::getPbmpEAll( *smData(), unit );
+   const bcm_pbmp_t mask = FerroTcam::getPbmpAll( *smData(), unit );
+   removeL2ForwardingPorts( U16( unit ), int( entry ), protocol, data );
+   BCM_CHECK( bcm_field_qualify_InPorts( unit, entry, data, mask ) );
+   entryManager->addInPortsForEntry( unit, entry, data, mask );
+   trapViaInPortForEntryInt( U16( unit ), entry, true );
+   const int rc = entryManager->reinstallEntry( unit, entry );
+   FERRO_ASSERT( rc == BCM_E_NONE && "reinstallEntry failed" );
+}
+
+// The forwarding configuration changed: every unit's trap entries follow it.
+void Helper::updateL2ProtoFwdRules() {
+   FERRO_TRACE( 2, "updateL2ProtoFwdRules" );
+   using Lamo::L2Pt::L2PtProtocol;
+   for ( const FerroModule& module : smData()->modules ) {
+      const U32 unit = module.unit;
+      updateL2ProtoFwdRule( unit, bpduPrioRule( unit ), L2PtProtocol::stp );
+      updateL2ProtoFwdRule( unit, lacpPrioRule( unit ), L2PtProtocol::lacp );
+      updateL2ProtoFwdRule( unit, microBfdPrioRule( unit ), L2PtProtocol::microBfd );
+      updateL2ProtoFwdRule( unit, lldpPrioRule( unit ), L2PtProtocol::lldp );
+      updateL2ProtoFwdRule( unit, vxlanCoreLldpPrioRule( unit ), L2PtProtocol::lldp );
+   }
 }
 
 // An entry that traps by in-port keeps its own bitmap in its manager: the

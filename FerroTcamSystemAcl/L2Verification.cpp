@@ -2,8 +2,10 @@
 // chip and aborts on the first difference: the elevators, the link-local PTP
 // rules with their VXLAN-core variants, and the qualifiers of the two L2 PTP
 // entries (their actions and enable state follow the PTP mode and are not
-// compared). The expected in-ports are recomputed from the L2 protocol
-// forwarding configuration as it stands.
+// compared). The expected in-ports are the bitmap recorded for the entry: the
+// installer, the forwarding and in-port updates and the port refresh each
+// record what they program, so it is the entry's intended value however the
+// ports got there.
 #include "FerroTcamSystemAcl/CheckedCall.h"
 #include "FerroTcamSystemAcl/Helper.h"
 #include "FerroTcamSystemAcl/LibraryGlobals.h"
@@ -20,8 +22,7 @@ constexpr U8 platformCodeCopyToCpu = 7;
 
 }  // namespace
 
-void Helper::verifyL2RulePorts( U16 unit, U32 entry, const L2PtProtocol* protocol,
-                                const char* checkedCallOperation ) {
+void Helper::verifyL2RulePorts( U16 unit, U32 entry, const char* checkedCallOperation ) {
    if ( smData()->skipInPortQualify || !comparePortBitmaps() ) {
       return;
    }
@@ -36,11 +37,10 @@ void Helper::verifyL2RulePorts( U16 unit, U32 entry, const L2PtProtocol* protoco
       FERRO_ASSERT( mask32 == *record->portClassId );
       return;
    }
-   bcm_pbmp_t expDataBmp = FerroTcam::getPbmpEAll( *smData(), unit );
-   const bcm_pbmp_t expMaskBmp = FerroTcam::getPbmpAll( *smData(), unit );
-   if ( protocol != nullptr ) {
-      removeL2ForwardingPorts( unit, int( entry ), *protocol, expDataBmp );
-   }
+   const TcamEntryRecord* record = manager->record( unit, entry );
+   FERRO_ASSERT( record && record->pbmp );
+   const bcm_pbmp_t expDataBmp = record->pbmp->data;
+   const bcm_pbmp_t expMaskBmp = record->pbmp->mask;
    bcm_pbmp_t dataPbmp, maskPbmp;
    const U32 tcamEntryId = manager->getHardwareEntryId( unit, entry, 0, 0 );
    BCM_CHECK( bcm_field_qualify_InPorts_get( unit, tcamEntryId, &dataPbmp, &maskPbmp ) );
@@ -52,7 +52,8 @@ void Helper::verifyL2ControlSystemTcamEntry( U16 unit, int entry, U32 dstClassId
                                              U32 dstClassIdMask, U32 newTc, U32 newCpuQ,
                                              Lamo::L2Pt::L2PtProtocol protocol ) {
    FERRO_TRACE( 6, "Helper::" << "verifyL2ControlSystemTcamEntry" << " unit: " << unit
-                              << " entry: " << entry );
+                              << " entry: " << entry << " protocol: "
+                              << Lamo::L2Pt::name( protocol ) );
    const FerroCentral::ChipAttributes::PtrConst attributes = chipAttributes( unit );
    uint32 data32 = 0, mask32 = 0;
    BCM_CHECK( bcm_field_qualify_DstClassL2_get( unit, entry, &data32, &mask32 ) );
@@ -69,7 +70,7 @@ void Helper::verifyL2ControlSystemTcamEntry( U16 unit, int entry, U32 dstClassId
    if ( smData()->platformCode == platformCodeCopyToCpu ) {
       VERIFY_COPY_TO_CPU();
    }
-   verifyL2RulePorts( unit, U32( entry ), &protocol, __PRETTY_FUNCTION__ );
+   verifyL2RulePorts( unit, U32( entry ), __PRETTY_FUNCTION__ );
 }
 
 void Helper::verifyInstalledL2TrapRules( U16 unit ) {
@@ -149,7 +150,7 @@ void Helper::verifyInstalledL2TrapRules( U16 unit ) {
          FERRO_ASSERT( data8 == 1 );
          FERRO_ASSERT( mask8 == 1 );
       }
-      verifyL2RulePorts( unit, entry, nullptr, checkedCallOperation );
+      verifyL2RulePorts( unit, entry, checkedCallOperation );
       VERIFY_CPU_QUEUE( cpuCosqLLDP_ );
       VERIFY_TC( TC_LLDP_DOT1X );
       VERIFY_FLAG_ACTION( bcmFieldActionDrop );
