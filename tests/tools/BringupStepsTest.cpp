@@ -20,7 +20,8 @@ TEST( BringupSteps, InstallsUnitByUnitThenVerifies ) {
       calls += call.step->name + ( "@" + std::to_string( call.unit ) ) + " ";
    }
    const std::string install =
-       "doInstallAclRules doInstallL2TrapRules doInstallL2McastPTPRuleCommon "
+       "doInstallAclRules doInstallL2TrapRules doInstallEapolFwdRule "
+       "doInstallL2McastPTPRuleCommon "
        "doInstallL2UnicastPTPRuleCommon doInstallIpv4McastPTPRuleCommon "
        "doInstallIpv4UnicastFwdPTPRuleCommon doInstallIpv4ElevatorPTPRuleCommon ";
    auto onUnit = []( const std::string& names, int unit ) {
@@ -35,13 +36,18 @@ TEST( BringupSteps, InstallsUnitByUnitThenVerifies ) {
    EXPECT_EQ( calls, onUnit( install, 0 ) + onUnit( install, 2 ) +
                          "doInstallTH3SystemAclRule@2 " + onUnit( verify, 0 ) +
                          onUnit( verify, 2 ) );
-   ASSERT_EQ( plan.skipped.size(), 1u );  // the step this helper build lacks
-   EXPECT_EQ( plan.skipped[0].step->name, std::string( "doInstallEapolFwdRule" ) );
-   EXPECT_EQ( plan.skipped[0].reason, "not in this helper build" );
+   EXPECT_TRUE( plan.skipped.empty() );
    config.units.erase( config.units.begin() );  // no VLAN-stage-class unit left
    const BringupPlan plain = planBringup( config, {} );
-   EXPECT_EQ( plain.skipped.size(), 1u );
-   EXPECT_EQ( plain.calls.size(), 9u );  // no TH3 step without a VLAN-stage-class unit
+   EXPECT_TRUE( plain.skipped.empty() );
+   EXPECT_EQ( plain.calls.size(), 10u );  // no TH3 step without a VLAN-stage-class unit
+
+   // A step the operator leaves out is reported, on every unit it applies to.
+   const BringupPlan skipping = planBringup( config, { "doInstallEapolFwdRule" } );
+   ASSERT_EQ( skipping.skipped.size(), 1u );
+   EXPECT_EQ( skipping.skipped[0].step->name, std::string( "doInstallEapolFwdRule" ) );
+   EXPECT_EQ( skipping.skipped[0].reason, "--skip-step" );
+   EXPECT_EQ( skipping.calls.size(), 9u );
 
    // Reduced L2 traps reserve no L2 PTP entries, so nothing fills them.
    config.reducedL2TrapsB = true;

@@ -82,7 +82,7 @@ class ChipStateOutput : public testing::Test {
       plan.units = { 0 };
       plan.calls = { PlannedCall{ findBringupStep( "verifyInstalledAclRules" ), 0 } };
       plan.skipped = { SkippedStep{ findBringupStep( "doInstallL2TrapRules" ),
-                                    "not in this helper build" } };
+                                    "--skip-step" } };
       state_ = collectChipState( *sw_, helper, plan );
    }
 
@@ -135,7 +135,7 @@ TEST_F( ChipStateOutput, TextIsAlignedPerUnit ) {
        "  3072     3  disabled  VLAN control  VLAN probe  " +
        column( "EtherType=2048" ) +
        "  ClassDestSet(9)\n"
-       "skipped: doInstallL2TrapRules (not in this helper build)\n"
+       "skipped: doInstallL2TrapRules (--skip-step)\n"
        "unit 0: verified\n";
    EXPECT_EQ( out.str(), expected );
 }

@@ -18,26 +18,24 @@ constexpr auto fullL2Traps = StepUnits::fullL2Traps;
 // PTP entries are reserved by the L2 trap installer, which leaves them out
 // while the traps are reduced.
 const BringupStep steps[] = {
-    { "doInstallAclRules", &HelperBase::doInstallAclRules, install, every, true },
-    { "doInstallL2TrapRules", &HelperBase::doInstallL2TrapRules, install, every, true },
-    { "doInstallEapolFwdRule", &HelperBase::doInstallEapolFwdRule, install, every,
-      false },
+    { "doInstallAclRules", &HelperBase::doInstallAclRules, install, every },
+    { "doInstallL2TrapRules", &HelperBase::doInstallL2TrapRules, install, every },
+    { "doInstallEapolFwdRule", &HelperBase::doInstallEapolFwdRule, install, every },
     { "doInstallL2McastPTPRuleCommon", &HelperBase::doInstallL2McastPTPRuleCommon,
-      install, fullL2Traps, true },
+      install, fullL2Traps },
     { "doInstallL2UnicastPTPRuleCommon", &HelperBase::doInstallL2UnicastPTPRuleCommon,
-      install, fullL2Traps, true },
+      install, fullL2Traps },
     { "doInstallIpv4McastPTPRuleCommon", &HelperBase::doInstallIpv4McastPTPRuleCommon,
-      install, every, true },
+      install, every },
     { "doInstallIpv4UnicastFwdPTPRuleCommon",
-      &HelperBase::doInstallIpv4UnicastFwdPTPRuleCommon, install, every, true },
+      &HelperBase::doInstallIpv4UnicastFwdPTPRuleCommon, install, every },
     { "doInstallIpv4ElevatorPTPRuleCommon",
-      &HelperBase::doInstallIpv4ElevatorPTPRuleCommon, install, every, true },
+      &HelperBase::doInstallIpv4ElevatorPTPRuleCommon, install, every },
     { "doInstallTH3SystemAclRule", &HelperBase::doInstallTH3SystemAclRule, install,
-      vlanStageClass, true },
-    { "verifyInstalledAclRules", &HelperBase::verifyInstalledAclRules, verify, every,
-      true },
+      vlanStageClass },
+    { "verifyInstalledAclRules", &HelperBase::verifyInstalledAclRules, verify, every },
     { "verifyInstalledL2TrapRules", &HelperBase::verifyInstalledL2TrapRules, verify,
-      every, true },
+      every },
 };
 
 bool appliesTo( const BringupStep& step, const Agent::SwitchConfig& config,
@@ -122,9 +120,7 @@ BringupPlan planBringup( const Agent::SwitchConfig& config,
                        [&]( U16 u ) { return appliesTo( step, config, chipOf( config, u ) ); } );
       const bool operatorSkip = std::find( operatorSkips.begin(), operatorSkips.end(),
                                            step.name ) != operatorSkips.end();
-      if ( applies && !step.available ) {
-         plan.skipped.push_back( SkippedStep{ &step, "not in this helper build" } );
-      } else if ( applies && operatorSkip ) {
+      if ( applies && operatorSkip ) {
          plan.skipped.push_back( SkippedStep{ &step, "--skip-step" } );
       }
    }

@@ -1,8 +1,6 @@
 // The agent's bring-up of the system ACL as one ordered table: per unit the
-// install operations, then per unit the verifications. An operation that this
-// build of the helper library does not implement aborts by design, so every
-// step says whether it is available; an unavailable step is reported as
-// skipped, never called and never imitated.
+// install operations, then per unit the verifications. A step the operator
+// leaves out is reported as skipped.
 #pragma once
 
 #include <map>
@@ -30,7 +28,6 @@ struct BringupStep {
    void ( FerroTcamSystemAcl::HelperBase::*operation )( U16 unit );
    StepKind kind;
    StepUnits units;
-   bool available;  // implemented by this build of the helper library
 };
 
 // In the order the agent runs them.
@@ -44,7 +41,7 @@ struct PlannedCall {
 
 struct SkippedStep {
    const BringupStep* step;
-   std::string reason;  // "not in this helper build", "--skip-step"
+   std::string reason;  // "--skip-step"
 };
 
 struct BringupPlan {
