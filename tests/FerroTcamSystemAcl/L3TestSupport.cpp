@@ -49,6 +49,7 @@ InstalledSwitch installSystemAcl( const Agent::SwitchConfig& config ) {
    for ( const Agent::UnitSpec& unit : config.units ) {
       const U16 u = unit.unit;
       h.doInstallL2TrapRules( u );
+      h.doInstallEapolFwdRule( u );
       if ( h.l2McastPtpRuleHas( u ) ) {
          h.doInstallL2McastPTPRuleCommon( u );
          h.doInstallL2UnicastPTPRuleCommon( u );

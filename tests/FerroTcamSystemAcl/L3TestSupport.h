@@ -26,8 +26,9 @@ struct InstalledSwitch {
 };
 // Brings the switch up and runs doInstallAclRules on every unit.
 InstalledSwitch installL3( const Agent::SwitchConfig& config );
-// Then the L2 traps and the five PTP rules, unit by unit as the agent does
-// (the L2 PTP rules only where the L2 installer reserved them).
+// Then the L2 traps, the EAPoL forward rule and the five PTP rules, unit by
+// unit as the agent does (the L2 PTP rules only where the L2 installer
+// reserved them).
 InstalledSwitch installSystemAcl( const Agent::SwitchConfig& config );
 
 // A packet routed to one of the switch's own addresses: the L3 lookup gives it
