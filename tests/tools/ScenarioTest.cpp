@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 
 #include "tools/ferro-acl/ApplyScenario.h"
@@ -236,6 +238,31 @@ TEST_F( ScenarioApply, PortAndForwardingEventsRebindTheirRules ) {
                  "0 BPDU Priority Elevator changed InPorts 1-64/0-64->1-63/0-63",
                  "0 LACPDU Priority Elevator changed InPorts 1-64/0-64->1-2,4-63/0-63",
                  "0 LLDPDU Priority Elevator changed InPorts 1-64/0-64->1-63/0-63" } ) );
+}
+
+// Every shipped example runs on the default switch, checked first as the tool
+// does, and ends with both verifications passing on every unit.
+TEST_F( ScenarioApply, EveryExampleRunsAndVerifies ) {
+   size_t examples = 0;
+   for ( const auto& file : std::filesystem::directory_iterator( FERRO_EXAMPLES_DIR ) ) {
+      if ( file.path().extension() != ".scenario" ) {
+         continue;
+      }
+      ++examples;
+      SCOPED_TRACE( file.path().filename().string() );
+      std::ifstream in( file.path() );
+      const std::string text( ( std::istreambuf_iterator<char>( in ) ), {} );
+      const auto parsed = parseScenario( text, file.path().filename().string() );
+      ASSERT_TRUE( parsed ) << parsed.error();
+      EXPECT_EQ( checkScenario( parsed.value(), sw_->config, "example" ), std::nullopt );
+      EXPECT_EQ( parsed.value().back().kind, EventKind::verify );
+      SetUp();  // a fresh switch per example
+      std::ostringstream out;
+      applyScenario( parsed.value(), sw_, library_->helper(), plan_, false, out );
+      EXPECT_NE( out.str().find( std::to_string( parsed.value().back().line ) + ": verify\n" ),
+                 std::string::npos );
+   }
+   EXPECT_GE( examples, 6u );
 }
 
 }  // namespace
