@@ -3,7 +3,9 @@
 // system ACL on every unit and prints what the chips hold.
 #include <CLI/CLI.hpp>
 
+#include <fstream>
 #include <iostream>
+#include <sstream>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -12,6 +14,7 @@
 #include "platform/agent/SwitchBringup.h"
 #include "platform/runtime/Trace.h"
 #include "platform/sdk/Simulator.h"
+#include "tools/ferro-acl/ApplyScenario.h"
 #include "tools/ferro-acl/BringupSteps.h"
 #include "tools/ferro-acl/ChipState.h"
 #include "tools/ferro-acl/ChipStateJson.h"
@@ -35,6 +38,7 @@ struct Options {
    std::vector<std::string> faults;
    std::vector<std::string> skipSteps;
    std::string helperLibrary;
+   std::string scenario;  // apply: the scenario file
 };
 
 std::string stepNames() {
@@ -76,6 +80,15 @@ std::optional<int> parseOptions( int argc, char** argv, Options& options ) {
           "--helper-lib", options.helperLibrary,
           "the helper library to load (default: " + defaultHelperLibraryPath() + ")" )
        ->type_name( "PATH" );
+   CLI::App* apply = app.add_subcommand(
+       "apply",
+       "Brings the switch up and installs the system ACL as without a subcommand, then "
+       "runs a scenario of configuration events on it and prints after each event what "
+       "changed in the installed entries. Example scenarios are in examples/." );
+   apply->add_option( "SCENARIO", options.scenario, "the scenario file" )
+       ->required()
+       ->type_name( "FILE" );
+   apply->fallthrough();
    try {
       app.parse( argc, argv );
    } catch ( const CLI::CallForHelp& e ) {
@@ -151,6 +164,28 @@ int run( const Options& options ) {
       std::cerr << config.error() << '\n';
       return exitUsage;
    }
+   // A scenario is read and checked whole before anything runs.
+   std::vector<ScenarioEvent> events;
+   if ( !options.scenario.empty() ) {
+      std::ifstream in( options.scenario );
+      if ( !in ) {
+         std::cerr << "ferro-acl: " << options.scenario << ": cannot read the scenario file\n";
+         return exitUsage;
+      }
+      std::ostringstream text;
+      text << in.rdbuf();
+      Result<std::vector<ScenarioEvent>> parsed = parseScenario( text.str(), options.scenario );
+      if ( !parsed ) {
+         std::cerr << parsed.error() << '\n';
+         return exitUsage;
+      }
+      if ( std::optional<std::string> error =
+               checkScenario( parsed.value(), config.value(), options.scenario ) ) {
+         std::cerr << *error << '\n';
+         return exitUsage;
+      }
+      events = std::move( parsed.value() );
+   }
 
    // Declared before the switch so that it is destroyed after it: whatever the
    // switch still holds of the helper goes before the library's code does.
@@ -184,6 +219,11 @@ int run( const Options& options ) {
    const BringupPlan plan = planBringup( config.value(), options.skipSteps );
    runBringup( plan, helper );
 
+   if ( !options.scenario.empty() ) {
+      applyScenario( events, sw, helper, plan, options.json, std::cout );
+      std::cout.flush();
+      return reportFaults( options );
+   }
    const ChipState state = collectChipState( *sw, helper, plan );
    if ( options.json ) {
       std::cout << chipStateJson( state ).dump( 2 ) << '\n';
