@@ -215,3 +215,32 @@ TEST( ToolRun, OptionsReachTheRun ) {
    EXPECT_EQ( state.at( "units" ).at( 1 ).at( "verified" ), false );
    EXPECT_NE( run.out.find( "\"verifyInstalledAclRules\"" ), std::string::npos );
 }
+
+namespace {
+
+// apply as a person runs it: the events and their changes on stdout; a bad
+// scenario stops before the switch comes up, with the file and line.
+TEST( ToolApply, PrintsEachEventAndWhatItChanged ) {
+   const std::string scenario =
+      writeTempFile( "pim.scenario", "# copy PIM to the CPU\nunit 1 pim copy on\n" );
+   const ToolRun run = runTool( { "apply", scenario } );
+   EXPECT_EQ( run.exitCode, 0 ) << run.err;
+   EXPECT_EQ( run.out, "2: unit 1 pim copy on\n"
+                       "  unit 1 1036 \"PIM\" changed\n"
+                       "    CopyToCpu: - -> 0\n" );
+   std::filesystem::remove( scenario );
+
+   const std::string bad = writeTempFile( "bad.scenario", "pim copy on\nport add 0:5\n" );
+   const ToolRun refused = runTool( { "apply", bad, "--json" } );
+   EXPECT_EQ( refused.exitCode, 2 );
+   EXPECT_EQ( refused.out, "" );
+   EXPECT_EQ( refused.err, bad + ":2: unexpected '0:5', expected a port removed earlier "
+                                 "(every front-panel port is present at bring-up)\n" );
+   std::filesystem::remove( bad );
+
+   const ToolRun missing = runTool( { "apply", "/nonexistent.scenario" } );
+   EXPECT_EQ( missing.exitCode, 2 );
+   EXPECT_EQ( missing.err, "ferro-acl: /nonexistent.scenario: cannot read the scenario file\n" );
+}
+
+}  // namespace
