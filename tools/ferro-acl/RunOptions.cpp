@@ -1,5 +1,6 @@
 #include "tools/ferro-acl/RunOptions.h"
 
+#include <csignal>
 #include <iostream>
 
 #include "platform/runtime/Trace.h"
@@ -112,6 +113,11 @@ std::optional<AgentSetup> prepareRun( const RunOptions& options ) {
 }
 
 int finishRun( const ChildOutcome& outcome, const BringupPlan& plan ) {
+   // Whoever read the output stopped reading (ferro-acl | head): not an abort.
+   if ( outcome.signal == SIGPIPE ) {
+      std::cerr << outcome.err;
+      return exitFailure;
+   }
    const std::optional<AbortReport> abort = explainAbort( outcome, plan );
    if ( !abort ) {
       std::cerr << outcome.err;
