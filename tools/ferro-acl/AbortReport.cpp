@@ -46,14 +46,13 @@ std::optional<std::pair<int, int>> entryOfCall( const std::string& call ) {
 }  // namespace
 
 std::string AbortReport::summary() const {
+   const std::string onRule =
+       rule.empty() ? "" : " on rule \"" + rule + "\" (entry " + std::to_string( entry ) + ")";
    if ( !sdkError.empty() ) {
-      return sdkError;
+      return sdkError + onRule;
    }
    if ( !assertion.empty() ) {
-      return assertion +
-             ( rule.empty() ? ""
-                            : " on rule \"" + rule + "\" (entry " + std::to_string( entry ) +
-                                  ")" );
+      return assertion + onRule;
    }
    return "killed by signal " + std::to_string( signal ) + " (" + strsignal( signal ) + ")";
 }
@@ -102,10 +101,11 @@ std::optional<AbortReport> explainAbort( const ChildOutcome& outcome,
       report.unit = call.unit;
       report.verifying = call.step->kind == StepKind::verify;
    }
-   // A presence check fails before any read-back of its rule: the last call
-   // then belongs to the rule checked before it.
+   // The last call read the entry under check, or failed on it. A presence
+   // check fails before any read-back of its rule, when the last call belongs
+   // to the rule checked before it.
    const bool presenceCheck = report.assertion.find( "RuleHas(" ) != std::string::npos;
-   if ( report.verifying && !presenceCheck && report.sdkError.empty() ) {
+   if ( report.verifying && !presenceCheck ) {
       if ( auto entry = entryOfCall( progress.lastCall ) ) {
          auto name = progress.entryNames.find( *entry );
          if ( name != progress.entryNames.end() && !name->second.empty() ) {
