@@ -113,28 +113,26 @@ TEST_F( ChipStateOutput, JsonIsTheStableForm ) {
    EXPECT_EQ( chipStateJson( state_ ).dump(), expected );
 }
 
-TEST_F( ChipStateOutput, TextIsAlignedPerUnit ) {
+// Grouped by stage (VLAN first) and group, highest priority first, in
+// words; the row is wider than 160 columns, so match and actions wrap onto a
+// continuation line that leaves the other columns blank.
+TEST_F( ChipStateOutput, TextIsGroupedInWordsAndFitsTheTerminal ) {
    std::ostringstream out;
    printChipState( out, state_ );
-   // The qualifiers column is as wide as its longest cell.
-   const std::string qualifiers =
-       "DstMac=01:80:c2:00:00:14/ff:ff:ff:ff:ff:fe L4SrcPort=179|180|181 "
-       "InPorts=1-3,5/0-8";
-   auto column = [&]( const std::string& cell ) {
-      return cell + std::string( qualifiers.size() - cell.size(), ' ' );
-   };
    const std::string expected =
        "unit 0: Trident3, model 5, 3 entries\n"
-       "    id  prio  state     group         name        " +
-       column( "qualifiers" ) +
-       "  actions                                          tables\n"
-       "  1024   500  enabled   L3 control    BGP probe   " +
-       qualifiers +
-       "  CosQCpuNew(38) CopyToCpu EgressClassSelect(0,4)  bgpRule,vrrpRule\n"
-       "  1100     7  software  -             -\n"
-       "  3072     3  disabled  VLAN control  VLAN probe  " +
-       column( "EtherType=2048" ) +
-       "  ClassDestSet(9)\n"
+       "      id  prio  state          rule        match                                  "
+       "                     actions                                 tables\n"
+       "  vlan stage, group \"VLAN control\" (1 entry)\n"
+       "    3072     3  disabled       VLAN probe  ether-type 0x800                       "
+       "                     class-dest 9\n"
+       "  ingress stage, group \"L3 control\" (1 entry)\n"
+       "    1024   500  enabled        BGP probe   dst-mac 01:80:c2:00:00:14/ff:ff:ff:ff:"
+       "ff:fe,                cpu-queue 38, copy-to-cpu,              bgpRule, vrrpRule\n"
+       "                                           l4-src-port 179|180|181, in-ports 1-3,5"
+       "                     egress-class 0,4\n"
+       "  ingress stage, no group (1 entry)\n"
+       "    1100     7  not installed  -\n"
        "skipped: doInstallL2TrapRules (--skip-step)\n"
        "unit 0: verified\n";
    EXPECT_EQ( out.str(), expected );

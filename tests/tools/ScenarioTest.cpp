@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "tools/ferro-acl/ApplyScenario.h"
+#include "tools/ferro-acl/ChipStateDiff.h"
 #include "tools/ferro-acl/DefaultProfile.h"
 #include "tools/ferro-acl/HelperLoader.h"
 #include "tools/ferro-acl/ProfileLoader.h"
@@ -135,7 +136,9 @@ class ScenarioApply : public testing::Test {
       library_ = std::move( loaded.value() );
       sw_->attach( library_->helper() );
       plan_ = planBringup( config.value(), {} );
-      runBringup( plan_, library_->helper() );
+      for ( const PlannedCall& call : plan_.calls ) {
+         ( library_->helper().*call.step->operation )( call.unit );
+      }
    }
    nlohmann::json apply( const std::string& text ) {
       const auto parsed = parseScenario( text, "t" );
@@ -144,22 +147,20 @@ class ScenarioApply : public testing::Test {
       applyScenario( parsed.value(), sw_, library_->helper(), plan_, true, out );
       return nlohmann::json::parse( out.str() )[ "events" ];
    }
-   // The changes of one event as "unit id name change field before->after".
+   // The changes of one event as "unit rule change field before->after".
    static std::vector<std::string> lines( const nlohmann::json& event ) {
       std::vector<std::string> out;
       for ( const auto& change : event[ "changes" ] ) {
          std::string head = std::to_string( change[ "unit" ].get<int>() ) + " " +
-                            change[ "name" ].get<std::string>() + " " +
+                            change[ "rule" ].get<std::string>() + " " +
                             change[ "change" ].get<std::string>();
          if ( change[ "fields" ].empty() ) {
             out.push_back( head );
          }
          for ( const auto& f : change[ "fields" ] ) {
-            auto text = []( const nlohmann::json& v ) {
-               return v.is_null() ? std::string( "-" ) : v.get<std::string>();
-            };
-            out.push_back( head + " " + f[ "field" ].get<std::string>() + " " +
-                           text( f[ "before" ] ) + "->" + text( f[ "after" ] ) );
+            const std::string field = f[ "field" ].get<std::string>();
+            out.push_back( head + " " + field + " " + differenceText( field, f[ "before" ] ) +
+                           "->" + differenceText( field, f[ "after" ] ) );
          }
       }
       return out;
@@ -174,8 +175,8 @@ TEST_F( ScenarioApply, PimCopyOnThenOffTogglesOnlyTheCopy ) {
    ASSERT_EQ( events.size(), 2u );
    EXPECT_EQ( events[ 0 ][ "line" ], 1 );
    EXPECT_EQ( events[ 0 ][ "event" ], "unit 0 pim copy on" );
-   EXPECT_EQ( lines( events[ 0 ] ), std::vector<std::string>{ "0 PIM changed CopyToCpu -" "->0" } );
-   EXPECT_EQ( lines( events[ 1 ] ), std::vector<std::string>{ "0 PIM changed CopyToCpu 0->-" } );
+   EXPECT_EQ( lines( events[ 0 ] ), std::vector<std::string>{ "0 PIM changed action CopyToCpu absent->0" } );
+   EXPECT_EQ( lines( events[ 1 ] ), std::vector<std::string>{ "0 PIM changed action CopyToCpu 0->absent" } );
 }
 
 TEST_F( ScenarioApply, VxlanOnBlanksTheCpuPortDropRuleAndOffRestoresIt ) {
@@ -185,11 +186,11 @@ TEST_F( ScenarioApply, VxlanOnBlanksTheCpuPortDropRuleAndOffRestoresIt ) {
    // Everything goes: out of hardware, disabled, no qualifier, no action.
    for ( const std::string& line : on ) {
       EXPECT_NE( line.find( "Redirect packets from CPU to CPU drop queue changed" ), std::string::npos ) << line;
-      const bool gone = line.ends_with( "->-" ) || line.ends_with( "true->false" );
+      const bool gone = line.ends_with( "->absent" ) || line.ends_with( "true->false" );
       EXPECT_TRUE( gone ) << line;
    }
    EXPECT_NE( std::find( on.begin(), on.end(),
-                         "0 Redirect packets from CPU to CPU drop queue changed CosQCpuNew 0->-" ),
+                         "0 Redirect packets from CPU to CPU drop queue changed action CosQCpuNew 0->absent" ),
               on.end() );
    // And comes back as it was.
    ASSERT_EQ( off.size(), on.size() );
@@ -207,8 +208,8 @@ TEST_F( ScenarioApply, CollectorPortRewritesEveryUnitsIpfixRule ) {
       apply( "ipfix tracker t1 add\nipfix exporter t1/e1 add\n"
              "ipfix collector t1/e1/c1 192.0.2.7:2055\n" );
    const std::vector<std::string> changed = lines( events[ 2 ] );
-   EXPECT_EQ( changed, ( std::vector<std::string>{ "0 Ipfix Dst Port changed L4DstPort 4739->2055",
-                                                   "1 Ipfix Dst Port changed L4DstPort 4739->2055" } ) );
+   EXPECT_EQ( changed, ( std::vector<std::string>{ "0 Ipfix Dst Port changed qualifier L4DstPort 4739/65535->2055/65535",
+                                                   "1 Ipfix Dst Port changed qualifier L4DstPort 4739/65535->2055/65535" } ) );
 }
 
 // Forwarding changes one unit's LLDP rule and back. A port that is not of the
@@ -218,14 +219,14 @@ TEST_F( ScenarioApply, PortAndForwardingEventsRebindTheirRules ) {
    const nlohmann::json events = apply( "l2pf lldp 1:10 all\nl2pf lldp 1:10 off\n"
                                         "port remove 0:64\nl2pf lacp 0:3 all\n" );
    EXPECT_EQ( lines( events[ 0 ] ),
-              std::vector<std::string>{ "1 LLDPDU Priority Elevator changed InPorts "
+              std::vector<std::string>{ "1 LLDPDU Priority Elevator changed qualifier InPorts "
                                         "1-64/0-64->1-9,11-64/0-64" } );
    EXPECT_EQ( lines( events[ 1 ] ),
-              std::vector<std::string>{ "1 LLDPDU Priority Elevator changed InPorts "
+              std::vector<std::string>{ "1 LLDPDU Priority Elevator changed qualifier InPorts "
                                         "1-9,11-64/0-64->1-64/0-64" } );
    const std::vector<std::string> removed = lines( events[ 2 ] );
    EXPECT_NE( std::find( removed.begin(), removed.end(),
-                         "0 ISIS IS-L1L2 Entry Fp Ports changed InPorts 1-64/0-64->1-63/0-63" ),
+                         "0 ISIS IS-L1L2 Entry Fp Ports changed qualifier InPorts 1-64/0-64->1-63/0-63" ),
               removed.end() );
    for ( const std::string& line : removed ) {
       EXPECT_EQ( line.find( "Elevator changed" ) == std::string::npos ||
@@ -235,9 +236,9 @@ TEST_F( ScenarioApply, PortAndForwardingEventsRebindTheirRules ) {
    }
    EXPECT_EQ( lines( events[ 3 ] ),
               ( std::vector<std::string>{
-                 "0 BPDU Priority Elevator changed InPorts 1-64/0-64->1-63/0-63",
-                 "0 LACPDU Priority Elevator changed InPorts 1-64/0-64->1-2,4-63/0-63",
-                 "0 LLDPDU Priority Elevator changed InPorts 1-64/0-64->1-63/0-63" } ) );
+                 "0 BPDU Priority Elevator changed qualifier InPorts 1-64/0-64->1-63/0-63",
+                 "0 LACPDU Priority Elevator changed qualifier InPorts 1-64/0-64->1-2,4-63/0-63",
+                 "0 LLDPDU Priority Elevator changed qualifier InPorts 1-64/0-64->1-63/0-63" } ) );
 }
 
 // Every shipped example runs on the default switch, checked first as the tool

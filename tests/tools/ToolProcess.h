@@ -72,4 +72,13 @@ inline std::vector<std::string> profileFiles() {
    return files;
 }
 
+// Names parameterised tests after the profile's file stem: "vxlan_core_l2".
+struct ProfileStem {
+   std::string operator()( const testing::TestParamInfo<std::string>& info ) const {
+      std::string stem = std::filesystem::path( info.param ).stem().string();
+      std::replace( stem.begin(), stem.end(), '-', '_' );
+      return stem;
+   }
+};
+
 }  // namespace FerroAclTest

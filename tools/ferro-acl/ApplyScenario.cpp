@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/ferro-acl/ChipStateDiff.h"
+#include "tools/ferro-acl/ChipStateJson.h"
 #include "tools/ferro-acl/ScenarioRun.h"
 
 namespace FerroAcl {
@@ -11,39 +12,43 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json valueJson( const std::string& value ) {
-   return value.empty() ? Json( nullptr ) : Json( value );
-}
-
-Json changesJson( const std::vector<EntryChange>& changes ) {
+Json changesJson( const ChipStateDiff& diff ) {
    Json list = Json::array();
-   for ( const EntryChange& change : changes ) {
-      Json fields = Json::array();
-      for ( const FieldChange& field : change.fields ) {
-         fields.push_back( Json{ { "kind", field.kind },
-                                 { "field", field.field },
-                                 { "before", valueJson( field.before ) },
-                                 { "after", valueJson( field.after ) } } );
+   auto entry = [ & ]( int unit, const std::string& rule, const char* change ) -> Json& {
+      list.push_back( Json{ { "unit", unit }, { "rule", rule }, { "change", change },
+                            { "fields", Json::array() } } );
+      return list.back();
+   };
+   for ( const UnitDifference& unit : diff.units ) {
+      for ( const std::string& rule : unit.onlyInB ) {
+         entry( unit.unit, rule, "added" );
       }
-      list.push_back( Json{ { "unit", change.unit },
-                            { "id", change.id },
-                            { "name", change.name },
-                            { "change", change.change },
-                            { "fields", fields } } );
+      for ( const std::string& rule : unit.onlyInA ) {
+         entry( unit.unit, rule, "removed" );
+      }
+      for ( const EntryDifference& changed : unit.changed ) {
+         Json& fields = entry( unit.unit, changed.rule, "changed" )[ "fields" ];
+         for ( const FieldDifference& field : changed.fields ) {
+            fields.push_back(
+               Json{ { "field", field.field }, { "before", field.a }, { "after", field.b } } );
+         }
+      }
    }
    return list;
 }
 
-void printChanges( const std::vector<EntryChange>& changes, std::ostream& out ) {
+void printChanges( const Json& changes, std::ostream& out ) {
    if ( changes.empty() ) {
       out << "  no entry changed\n";
    }
-   for ( const EntryChange& change : changes ) {
-      out << "  unit " << change.unit << " " << change.id << " \"" << change.name << "\" "
-          << change.change << "\n";
-      for ( const FieldChange& field : change.fields ) {
-         out << "    " << field.field << ": " << ( field.before.empty() ? "-" : field.before )
-             << " -> " << ( field.after.empty() ? "-" : field.after ) << "\n";
+   for ( const Json& change : changes ) {
+      out << "  unit " << change[ "unit" ].get<int>() << " \""
+          << change[ "rule" ].get<std::string>() << "\" " << change[ "change" ].get<std::string>()
+          << "\n";
+      for ( const Json& field : change[ "fields" ] ) {
+         const std::string name = field[ "field" ].get<std::string>();
+         out << "    " << name << ": " << differenceText( name, field[ "before" ] ) << " -> "
+             << differenceText( name, field[ "after" ] ) << "\n";
       }
    }
 }
@@ -55,18 +60,17 @@ void applyScenario( const std::vector<ScenarioEvent>& events, const Agent::Switc
                     bool json, std::ostream& out ) {
    ScenarioRun run( sw, helper );
    Json report = Json::array();
-   ChipState before = collectChipState( *sw, helper, plan );
+   Json before = chipStateJson( collectChipState( *sw, helper, plan ) );
    for ( const ScenarioEvent& event : events ) {
       if ( !json ) {
          out << event.line << ": " << event.text << "\n" << std::flush;
       }
       run.apply( event );
-      ChipState after = collectChipState( *sw, helper, plan );
-      const std::vector<EntryChange> changes = diffChipStates( before, after );
+      Json after = chipStateJson( collectChipState( *sw, helper, plan ) );
+      const Json changes = changesJson( diffChipStates( before, after ) );
       if ( json ) {
-         report.push_back( Json{ { "line", event.line },
-                                 { "event", event.text },
-                                 { "changes", changesJson( changes ) } } );
+         report.push_back(
+            Json{ { "line", event.line }, { "event", event.text }, { "changes", changes } } );
       } else {
          printChanges( changes, out );
       }

@@ -1,10 +1,16 @@
 // `ferro-acl apply`: runs a checked scenario on the installed switch and says,
-// after each event, what it changed in the installed entries. The text form
-// prints each event before it runs, so that an event the library aborts on is
-// the last one shown; the JSON form is one document at the end:
-//   {"events":[{"line":N,"event":"pim copy on","changes":[
-//     {"unit":0,"id":1037,"name":"PIM","change":"changed","fields":[
-//       {"kind":"action","field":"CopyToCpu","before":null,"after":"0"}]}]}]}
+// after each event, what it changed in the installed entries (entries matched
+// by rule name as `diff` matches them). The text form prints each event before
+// it runs, so that an event the library aborts on is the last one shown:
+//   3: pim copy on
+//     unit 0 "PIM" changed
+//       action CopyToCpu: absent -> 0
+// The JSON form is one document at the end:
+//   {"events":[{"line":3,"event":"pim copy on","changes":[
+//     {"unit":0,"rule":"PIM","change":"changed","fields":[
+//       {"field":"action CopyToCpu","before":null,"after":[0,0]}]}]}]}
+// "change" is "added", "removed" or "changed"; "fields" lists what differs,
+// with the values in the --json form of the chip state.
 #pragma once
 
 #include <ostream>

@@ -143,10 +143,4 @@ BringupPlan planBringup( const Agent::SwitchConfig& config,
    return plan;
 }
 
-void runBringup( const BringupPlan& plan, FerroTcamSystemAcl::HelperBase& helper ) {
-   for ( const PlannedCall& call : plan.calls ) {
-      ( helper.*call.step->operation )( call.unit );
-   }
-}
-
 }  // namespace FerroAcl

@@ -63,8 +63,4 @@ struct BringupPlan {
 BringupPlan planBringup( const Agent::SwitchConfig& config,
                          const std::vector<std::string>& operatorSkips );
 
-// Makes the planned calls in order. A failing SDK call inside the library
-// aborts the process by design; returning means every call succeeded.
-void runBringup( const BringupPlan& plan, FerroTcamSystemAcl::HelperBase& helper );
-
 }  // namespace FerroAcl

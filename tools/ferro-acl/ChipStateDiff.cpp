@@ -8,94 +8,190 @@ namespace FerroAcl {
 
 namespace {
 
-// A qualifier's values as the entry lines show them, without its name.
-std::string valuesText( const QualifierState& qualifier ) {
-   return qualifierText( qualifier ).substr( qualifier.name.size() + 1 );
+using Json = nlohmann::ordered_json;
+
+// Entries by rule name, repeated names numbered in id order.
+std::vector<std::pair<std::string, const Json*>> keyedEntries( const Json& unit ) {
+   std::vector<std::pair<std::string, const Json*>> keyed;
+   std::map<std::string, int> seen;
+   for ( const Json& entry : unit.at( "entries" ) ) {
+      const std::string name = entry.at( "name" ).get<std::string>();
+      const std::string base = name.empty() ? "(unnamed)" : name;
+      const int n = ++seen[base];
+      keyed.emplace_back( n == 1 ? base : base + " #" + std::to_string( n ), &entry );
+   }
+   return keyed;
 }
 
-std::string paramsText( const ActionState& action ) {
-   return action.param1 == 0 ? std::to_string( action.param0 )
-                             : std::to_string( action.param0 ) + "," +
-                                  std::to_string( action.param1 );
+const Json* findKey( const std::vector<std::pair<std::string, const Json*>>& keyed,
+                     const std::string& key ) {
+   for ( const auto& [k, entry] : keyed ) {
+      if ( k == key ) {
+         return entry;
+      }
+   }
+   return nullptr;
 }
 
-// Named values of one kind, in the order first seen in `before`, then `after`.
-template <typename Item, typename Text>
-void diffNamed( const std::vector<Item>& before, const std::vector<Item>& after,
-                const char* kind, Text text, std::vector<FieldChange>& changes ) {
-   std::vector<std::string> order;
-   std::map<std::string, std::pair<std::string, std::string>> values;
-   for ( const Item& item : before ) {
-      order.push_back( item.name );
-      values[ item.name ].first = text( item );
-   }
-   for ( const Item& item : after ) {
-      if ( !values.count( item.name ) ) {
-         order.push_back( item.name );
+// Members of two objects (qualifiers or actions) that differ, A's order first.
+void diffMembers( const Json& a, const Json& b, const std::string& kind,
+                  std::vector<FieldDifference>& out ) {
+   for ( const auto& [name, value] : a.items() ) {
+      if ( !b.contains( name ) || b.at( name ) != value ) {
+         out.push_back( { kind + " " + name, value, b.value( name, Json() ) } );
       }
-      values[ item.name ].second = text( item );
    }
-   for ( const std::string& name : order ) {
-      const auto& [ was, is ] = values[ name ];
-      if ( was != is ) {
-         changes.push_back( FieldChange{ kind, name, was, is } );
+   for ( const auto& [name, value] : b.items() ) {
+      if ( !a.contains( name ) ) {
+         out.push_back( { kind + " " + name, Json(), value } );
       }
    }
 }
 
-std::vector<FieldChange> entryChanges( const EntryState& before, const EntryState& after ) {
-   std::vector<FieldChange> changes;
-   auto state = [ & ]( const char* field, const std::string& was, const std::string& is ) {
-      if ( was != is ) {
-         changes.push_back( FieldChange{ "state", field, was, is } );
+EntryDifference diffEntry( const std::string& rule, const Json& a, const Json& b ) {
+   EntryDifference difference{ rule, {} };
+   for ( const char* scalar : { "priority", "installed", "enabled" } ) {
+      if ( a.at( scalar ) != b.at( scalar ) ) {
+         difference.fields.push_back( { scalar, a.at( scalar ), b.at( scalar ) } );
       }
-   };
-   auto flag = []( bool value ) { return std::string( value ? "true" : "false" ); };
-   state( "installed", flag( before.installed ), flag( after.installed ) );
-   state( "enabled", flag( before.enabled ), flag( after.enabled ) );
-   state( "priority", std::to_string( before.priority ), std::to_string( after.priority ) );
-   diffNamed( before.qualifiers, after.qualifiers, "qualifier", valuesText, changes );
-   diffNamed( before.actions, after.actions, "action", paramsText, changes );
-   return changes;
+   }
+   diffMembers( a.at( "qualifiers" ), b.at( "qualifiers" ), "qualifier", difference.fields );
+   diffMembers( a.at( "actions" ), b.at( "actions" ), "action", difference.fields );
+   return difference;
+}
+
+UnitDifference diffUnit( int number, const Json* a, const Json* b ) {
+   UnitDifference unit;
+   unit.unit = number;
+   unit.chipA = a ? a->at( "chip" ).get<std::string>() : "";
+   unit.chipB = b ? b->at( "chip" ).get<std::string>() : "";
+   const auto entriesA = a ? keyedEntries( *a ) : decltype( keyedEntries( {} ) ){};
+   const auto entriesB = b ? keyedEntries( *b ) : decltype( keyedEntries( {} ) ){};
+   for ( const auto& [key, entry] : entriesA ) {
+      if ( const Json* other = findKey( entriesB, key ) ) {
+         EntryDifference difference = diffEntry( key, *entry, *other );
+         if ( !difference.fields.empty() ) {
+            unit.changed.push_back( difference );
+         }
+      } else {
+         unit.onlyInA.push_back( key );
+      }
+   }
+   for ( const auto& [key, entry] : entriesB ) {
+      if ( !findKey( entriesA, key ) ) {
+         unit.onlyInB.push_back( key );
+      }
+   }
+   return unit;
+}
+
+// A qualifier or action value as the text form shows it.
+std::string valueText( const Json& value ) {
+   if ( value.is_null() ) {
+      return "absent";
+   }
+   if ( value.is_string() ) {
+      return value.get<std::string>();
+   }
+   if ( value.is_object() && value.contains( "data" ) ) {
+      return valueText( value.at( "data" ) ) + "/" + valueText( value.at( "mask" ) );
+   }
+   if ( value.is_array() && !value.empty() && value.front().is_object() ) {
+      std::string text;
+      for ( const Json& item : value ) {
+         text += ( text.empty() ? "" : "|" ) + valueText( item );
+      }
+      return text;
+   }
+   if ( value.is_array() ) {
+      return portRanges( value.get<std::vector<int>>() );
+   }
+   return value.dump();
+}
+
+std::string actionText( const Json& value ) {
+   if ( !value.is_array() ) {
+      return valueText( value );
+   }
+   return value.at( 1 ) == 0 ? value.at( 0 ).dump()
+                             : value.at( 0 ).dump() + "," + value.at( 1 ).dump();
 }
 
 }  // namespace
 
-std::vector<EntryChange> diffChipStates( const ChipState& before, const ChipState& after ) {
-   std::map<std::pair<int, int>, const EntryState*> was, is;
-   for ( const UnitState& unit : before.units ) {
-      for ( const EntryState& entry : unit.entries ) {
-         was[ { unit.unit, entry.id } ] = &entry;
+std::string differenceText( const std::string& field, const Json& value ) {
+   if ( field.starts_with( "action " ) ) {
+      return actionText( value );
+   }
+   return field.starts_with( "qualifier " ) ? valueText( value ) : value.dump();
+}
+
+bool ChipStateDiff::identical() const {
+   for ( const UnitDifference& unit : units ) {
+      if ( !unit.identical() ) {
+         return false;
       }
    }
-   for ( const UnitState& unit : after.units ) {
-      for ( const EntryState& entry : unit.entries ) {
-         is[ { unit.unit, entry.id } ] = &entry;
+   return true;
+}
+
+ChipStateDiff diffChipStates( const Json& a, const Json& b ) {
+   std::map<int, std::pair<const Json*, const Json*>> units;
+   for ( const Json& unit : a.at( "units" ) ) {
+      units[unit.at( "unit" ).get<int>()].first = &unit;
+   }
+   for ( const Json& unit : b.at( "units" ) ) {
+      units[unit.at( "unit" ).get<int>()].second = &unit;
+   }
+   ChipStateDiff diff;
+   for ( const auto& [number, pair] : units ) {
+      diff.units.push_back( diffUnit( number, pair.first, pair.second ) );
+   }
+   return diff;
+}
+
+void printDiff( std::ostream& out, const ChipStateDiff& diff ) {
+   for ( const UnitDifference& unit : diff.units ) {
+      out << "unit " << unit.unit << ": " << ( unit.chipA.empty() ? "absent" : unit.chipA )
+          << " (A) vs " << ( unit.chipB.empty() ? "absent" : unit.chipB ) << " (B)"
+          << ( unit.identical() ? ": identical" : "" ) << '\n';
+      for ( const std::string& rule : unit.onlyInA ) {
+         out << "  only in A: \"" << rule << "\"\n";
+      }
+      for ( const std::string& rule : unit.onlyInB ) {
+         out << "  only in B: \"" << rule << "\"\n";
+      }
+      for ( const EntryDifference& entry : unit.changed ) {
+         for ( const FieldDifference& field : entry.fields ) {
+            out << "  \"" << entry.rule << "\": " << field.field << ": "
+                << differenceText( field.field, field.a ) << " -> "
+                << differenceText( field.field, field.b )
+                << '\n';
+         }
       }
    }
-   std::map<std::pair<int, int>, EntryChange> changes;
-   for ( const auto& [ key, entry ] : was ) {
-      auto now = is.find( key );
-      if ( now == is.end() ) {
-         changes[ key ] = EntryChange{ key.first, key.second, entry->name, "removed", {} };
-         continue;
+   out << ( diff.identical() ? "identical\n" : "different\n" );
+}
+
+Json diffJson( const ChipStateDiff& diff ) {
+   Json units = Json::array();
+   for ( const UnitDifference& unit : diff.units ) {
+      Json changed = Json::array();
+      for ( const EntryDifference& entry : unit.changed ) {
+         Json fields = Json::array();
+         for ( const FieldDifference& field : entry.fields ) {
+            fields.push_back( Json{ { "field", field.field }, { "a", field.a }, { "b", field.b } } );
+         }
+         changed.push_back( Json{ { "rule", entry.rule }, { "fields", fields } } );
       }
-      std::vector<FieldChange> fields = entryChanges( *entry, *now->second );
-      if ( !fields.empty() ) {
-         changes[ key ] = EntryChange{ key.first, key.second, now->second->name, "changed",
-                                       std::move( fields ) };
-      }
+      units.push_back( Json{ { "unit", unit.unit },
+                             { "chipA", unit.chipA },
+                             { "chipB", unit.chipB },
+                             { "onlyInA", unit.onlyInA },
+                             { "onlyInB", unit.onlyInB },
+                             { "changed", changed } } );
    }
-   for ( const auto& [ key, entry ] : is ) {
-      if ( !was.count( key ) ) {
-         changes[ key ] = EntryChange{ key.first, key.second, entry->name, "added", {} };
-      }
-   }
-   std::vector<EntryChange> ordered;
-   for ( auto& [ key, change ] : changes ) {
-      ordered.push_back( std::move( change ) );
-   }
-   return ordered;
+   return Json{ { "identical", diff.identical() }, { "units", units } };
 }
 
 }  // namespace FerroAcl

@@ -1,24 +1,23 @@
 #include "tools/ferro-acl/ChipStateText.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
-#include <iomanip>
+#include <map>
+
+#include "tools/ferro-acl/EntryWords.h"
+#include "tools/ferro-acl/TextTable.h"
 
 namespace FerroAcl {
 
 namespace {
 
-std::string numberText( uint64_t value, bool hex ) {
-   char text[24];
-   std::snprintf( text, sizeof text, hex ? "0x%llx" : "%llu", (unsigned long long)value );
-   return text;
-}
-
 // Masks are bit patterns, so numbers read best in hex there.
 std::string fieldText( const FieldText& text, bool isMask ) {
    if ( auto number = std::get_if<uint64_t>( &text ) ) {
-      return numberText( *number, isMask );
+      char buffer[24];
+      std::snprintf( buffer, sizeof buffer, isMask ? "0x%llx" : "%llu",
+                     (unsigned long long)*number );
+      return buffer;
    }
    if ( auto ports = std::get_if<std::vector<int>>( &text ) ) {
       return portRanges( *ports );
@@ -26,69 +25,89 @@ std::string fieldText( const FieldText& text, bool isMask ) {
    return std::get<std::string>( text );
 }
 
-std::string valueText( const FieldValue& value ) {
-   std::string text = fieldText( value.data, false );
-   if ( !value.exact ) {
-      text += "/" + fieldText( value.mask, true );
-   }
-   return text;
-}
-
 std::string entryState( const EntryState& entry ) {
    if ( !entry.installed ) {
-      return "software";
+      return "not installed";
    }
    return entry.enabled ? "enabled" : "disabled";
 }
 
 template <typename Item, typename Format>
-std::string joined( const std::vector<Item>& items, const char* separator,
-                    Format format ) {
-   std::string text;
+std::vector<std::string> words( const std::vector<Item>& items, Format format ) {
+   std::vector<std::string> result;
    for ( const Item& item : items ) {
-      text += ( text.empty() ? "" : separator ) + format( item );
+      result.push_back( format( item ) );
    }
-   return text;
+   return result;
 }
 
-constexpr size_t columnCount = 8;
-using Row = std::array<std::string, columnCount>;
-// Columns that hold numbers are right-aligned.
-constexpr std::array<bool, columnCount> rightAligned{ true, true };
-
-Row entryRow( const EntryState& entry ) {
-   return Row{
-       std::to_string( entry.id ),
-       std::to_string( entry.priority ),
-       entryState( entry ),
-       entry.group.empty() ? "-" : entry.group,
-       entry.name.empty() ? "-" : entry.name,
-       joined( entry.qualifiers, " ", qualifierText ),
-       joined( entry.actions, " ", actionText ),
-       joined( entry.recordedAs, ",", []( const std::string& s ) { return s; } ) };
+// One word per item, so that a long rule name wraps between its words.
+TextCell splitWords( const std::string& text ) {
+   TextCell cell;
+   for ( size_t start = 0; start < text.size(); ) {
+      const size_t end = std::min( text.find( ' ', start ), text.size() );
+      if ( end > start ) {
+         cell.push_back( text.substr( start, end - start ) );
+      }
+      start = end + 1;
+   }
+   return cell.empty() ? TextCell{ "-" } : cell;
 }
 
-void printRows( std::ostream& out, const std::vector<Row>& rows ) {
-   std::array<size_t, columnCount> widths{};
-   for ( const Row& row : rows ) {
-      for ( size_t c = 0; c < columnCount; ++c ) {
-         widths[c] = std::max( widths[c], row[c].size() );
+TextRow entryRow( const EntryState& entry ) {
+   return TextRow{ { std::to_string( entry.id ) },
+                   { std::to_string( entry.priority ) },
+                   { entryState( entry ) },
+                   splitWords( entry.name ),
+                   listCell( words( entry.qualifiers, qualifierWords ), "," ),
+                   listCell( words( entry.actions, actionWords ), "," ),
+                   listCell( entry.recordedAs, "," ) };
+}
+
+struct GroupKey {
+   int stageOrder;  // the VLAN stage meets packets first
+   int firstId;     // groups in the order of their entry pools
+   std::string stage;
+   std::string group;
+   bool operator<( const GroupKey& other ) const {
+      return std::tie( stageOrder, firstId ) < std::tie( other.stageOrder, other.firstId );
+   }
+};
+
+void printUnit( std::ostream& out, const UnitState& unit ) {
+   out << "unit " << unit.unit << ": " << unit.chip << ", model " << unit.model << ", "
+       << unit.entries.size() << ( unit.entries.size() == 1 ? " entry" : " entries" )
+       << '\n';
+   std::map<std::pair<std::string, std::string>, std::vector<const EntryState*>> groups;
+   for ( const EntryState& entry : unit.entries ) {
+      groups[{ entry.stage, entry.group }].push_back( &entry );
+   }
+   std::map<GroupKey, std::vector<const EntryState*>> ordered;
+   for ( auto& [key, entries] : groups ) {
+      std::sort( entries.begin(), entries.end(), []( const EntryState* a, const EntryState* b ) {
+         return a->priority != b->priority ? a->priority > b->priority : a->id < b->id;
+      } );
+      const int firstId = ( *std::min_element( entries.begin(), entries.end(),
+                                               []( const EntryState* a, const EntryState* b ) {
+                                                  return a->id < b->id;
+                                               } ) )->id;
+      ordered[{ key.first == "vlan" ? 0 : 1, firstId, key.first, key.second }] = entries;
+   }
+   TextTable table( { { true }, { true }, {}, { false, 20 }, { false, 40 }, { false, 20 },
+                      { false, 16 } },
+                    terminalWidth, 4 );
+   table.addRow( { { "id" }, { "prio" }, { "state" }, { "rule" }, { "match" }, { "actions" },
+                   { "tables" } } );
+   for ( const auto& [key, entries] : ordered ) {
+      table.addLine( "  " + key.stage + " stage, " +
+                     ( key.group.empty() ? "no group" : "group \"" + key.group + "\"" ) +
+                     " (" + std::to_string( entries.size() ) +
+                     ( entries.size() == 1 ? " entry)" : " entries)" ) );
+      for ( const EntryState* entry : entries ) {
+         table.addRow( entryRow( *entry ) );
       }
    }
-   for ( const Row& row : rows ) {
-      std::string line = "  ";
-      for ( size_t c = 0; c < columnCount; ++c ) {
-         const size_t pad = widths[c] - row[c].size();
-         if ( rightAligned[c] ) {
-            line += std::string( pad, ' ' ) + row[c];
-         } else {
-            line += row[c] + ( c + 1 == columnCount ? "" : std::string( pad, ' ' ) );
-         }
-         line += c + 1 == columnCount ? "" : "  ";
-      }
-      line.erase( line.find_last_not_of( ' ' ) + 1 );
-      out << line << '\n';
-   }
+   table.print( out );
 }
 
 }  // namespace
@@ -110,39 +129,24 @@ std::string portRanges( const std::vector<int>& ports ) {
 }
 
 std::string qualifierText( const QualifierState& qualifier ) {
-   return qualifier.name + "=" + joined( qualifier.values, "|", valueText );
-}
-
-std::string actionText( const ActionState& action ) {
-   if ( action.param1 != 0 ) {
-      return action.name + "(" + std::to_string( action.param0 ) + "," +
-             std::to_string( action.param1 ) + ")";
+   std::string values;
+   for ( const FieldValue& value : qualifier.values ) {
+      values += ( values.empty() ? "" : "|" ) + fieldText( value.data, false ) +
+                ( value.exact ? "" : "/" + fieldText( value.mask, true ) );
    }
-   if ( action.param0 != 0 ) {
-      return action.name + "(" + std::to_string( action.param0 ) + ")";
-   }
-   return action.name;
+   return qualifier.name + "=" + values;
 }
 
 void printChipState( std::ostream& out, const ChipState& state ) {
    for ( const UnitState& unit : state.units ) {
-      out << "unit " << unit.unit << ": " << unit.chip << ", model " << unit.model << ", "
-          << unit.entries.size() << ( unit.entries.size() == 1 ? " entry" : " entries" )
-          << '\n';
-      std::vector<Row> rows{ Row{ "id", "prio", "state", "group", "name", "qualifiers",
-                                  "actions", "tables" } };
-      for ( const EntryState& entry : unit.entries ) {
-         rows.push_back( entryRow( entry ) );
-      }
-      printRows( out, rows );
+      printUnit( out, unit );
    }
    for ( const SkippedState& step : state.skipped ) {
       out << "skipped: " << step.name << " (" << step.reason << ")\n";
    }
    for ( const UnitState& unit : state.units ) {
       out << "unit " << unit.unit << ": "
-          << ( unit.verified ? "verified"
-                             : "not verified (" + unit.unverifiedReason + ")" )
+          << ( unit.verified ? "verified" : "not verified (" + unit.unverifiedReason + ")" )
           << '\n';
    }
 }

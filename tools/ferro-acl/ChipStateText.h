@@ -1,13 +1,16 @@
-// The human form of the chip state: per unit a header line, then one aligned
-// line per entry (id, priority, state, group, rule name, qualifiers, actions,
-// rule tables); then the skipped steps and the verification of each unit.
-//   unit 0: Trident3, model 5, 38 entries
-//        id  prio  state    group       name  qualifiers                    actions
-//        tables
-//      1024    12  enabled  L3 control  bgp   IpType=Ipv4Any L4DstPort=179 CosQCpuNew(38)
-//      bgpRule
-// A value whose mask covers the field is shown alone, others as data/mask;
-// several values of one qualifier are joined with "|".
+// The human form of the chip state: per unit a header line, then per stage
+// and group (VLAN stage first, as packets meet them) the entries from the
+// highest priority down, one row each: id, priority, state, rule name, match
+// and actions in words (EntryWords.h) and the helper's rule tables recording
+// it; then the skipped steps and the verification of each unit. Rows fit
+// 160 columns: the wide columns wrap onto continuation lines.
+//   unit 0: Trident3, model 5, 39 entries
+//         id  prio  state    rule            match                             actions       tables
+//     ingress stage, group "L3 control" (29 entries)
+//       1030   250  enabled  BGP - Dst Port  dst-class-l3 1, l4-dst-port 179,  cpu-queue 38  bgpRule
+//                                            ip-protocol 6
+// State is "enabled" (in hardware and on), "disabled" (in hardware, off) or
+// "not installed" (software copy only).
 #pragma once
 
 #include <ostream>
@@ -17,13 +20,14 @@
 
 namespace FerroAcl {
 
+inline constexpr size_t terminalWidth = 160;
+
 void printChipState( std::ostream& out, const ChipState& state );
 
-// One qualifier as the entry lines show it: "L4DstPort=67|68".
+// One qualifier in the compact form the library's tests compare:
+// "L4DstPort=67|68".
 std::string qualifierText( const QualifierState& qualifier );
-// One action: "CosQCpuNew(38)", "CopyToCpu"; parameters up to the last non-zero one.
-std::string actionText( const ActionState& action );
-// Port lists as ranges: "0-3,7".
+// Port lists as ranges: "0-3,7"; "none" for an empty list.
 std::string portRanges( const std::vector<int>& ports );
 
 }  // namespace FerroAcl
