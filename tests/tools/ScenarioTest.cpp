@@ -170,48 +170,6 @@ class ScenarioApply : public testing::Test {
    BringupPlan plan_;
 };
 
-TEST_F( ScenarioApply, PimCopyOnThenOffTogglesOnlyTheCopy ) {
-   const nlohmann::json events = apply( "unit 0 pim copy on\nunit 0 pim copy off\n" );
-   ASSERT_EQ( events.size(), 2u );
-   EXPECT_EQ( events[ 0 ][ "line" ], 1 );
-   EXPECT_EQ( events[ 0 ][ "event" ], "unit 0 pim copy on" );
-   EXPECT_EQ( lines( events[ 0 ] ), std::vector<std::string>{ "0 PIM changed action CopyToCpu absent->0" } );
-   EXPECT_EQ( lines( events[ 1 ] ), std::vector<std::string>{ "0 PIM changed action CopyToCpu 0->absent" } );
-}
-
-TEST_F( ScenarioApply, VxlanOnBlanksTheCpuPortDropRuleAndOffRestoresIt ) {
-   const nlohmann::json events = apply( "vxlan on\nvxlan off\n" );
-   const std::vector<std::string> on = lines( events[ 0 ] ), off = lines( events[ 1 ] );
-   ASSERT_FALSE( on.empty() );
-   // Everything goes: out of hardware, disabled, no qualifier, no action.
-   for ( const std::string& line : on ) {
-      EXPECT_NE( line.find( "Redirect packets from CPU to CPU drop queue changed" ), std::string::npos ) << line;
-      const bool gone = line.ends_with( "->absent" ) || line.ends_with( "true->false" );
-      EXPECT_TRUE( gone ) << line;
-   }
-   EXPECT_NE( std::find( on.begin(), on.end(),
-                         "0 Redirect packets from CPU to CPU drop queue changed action CosQCpuNew 0->absent" ),
-              on.end() );
-   // And comes back as it was.
-   ASSERT_EQ( off.size(), on.size() );
-   for ( size_t i = 0; i < on.size(); ++i ) {
-      const size_t arrow = on[ i ].rfind( "->" );
-      const std::string field = on[ i ].substr( 0, on[ i ].rfind( ' ', arrow ) );
-      EXPECT_EQ( off[ i ].substr( 0, field.size() ), field );
-      const std::string before = on[ i ].substr( field.size() + 1, arrow - field.size() - 1 );
-      EXPECT_TRUE( off[ i ].ends_with( "->" + before ) ) << off[ i ];
-   }
-}
-
-TEST_F( ScenarioApply, CollectorPortRewritesEveryUnitsIpfixRule ) {
-   const nlohmann::json events =
-      apply( "ipfix tracker t1 add\nipfix exporter t1/e1 add\n"
-             "ipfix collector t1/e1/c1 192.0.2.7:2055\n" );
-   const std::vector<std::string> changed = lines( events[ 2 ] );
-   EXPECT_EQ( changed, ( std::vector<std::string>{ "0 Ipfix Dst Port changed qualifier L4DstPort 4739/65535->2055/65535",
-                                                   "1 Ipfix Dst Port changed qualifier L4DstPort 4739/65535->2055/65535" } ) );
-}
-
 // Forwarding changes one unit's LLDP rule and back. A port that is not of the
 // Mesa fabric re-binds the all-port rules only; the next forwarding change
 // rebuilds the forwarding rules of every unit from the ports there are now.

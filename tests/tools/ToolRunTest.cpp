@@ -270,3 +270,89 @@ TEST( ToolApply, PrintsEachEventAndWhatItChanged ) {
 }
 
 }  // namespace
+
+namespace {
+
+// The shipped examples through the tool, as a person runs them: each applies
+// on the default switch and says what the events are meant to do.
+class ExampleRun : public testing::Test {
+ protected:
+   // The changes of the event on `line`, as "unit rule field before->after"
+   // ("unit rule change" for an added or removed entry).
+   static std::set<std::string> changesOf( const Json& events, const std::string& event ) {
+      std::set<std::string> out;
+      for ( const Json& e : events ) {
+         if ( e[ "event" ] != event ) {
+            continue;
+         }
+         for ( const Json& change : e[ "changes" ] ) {
+            const std::string head = std::to_string( change[ "unit" ].get<int>() ) + " " +
+                                     change[ "rule" ].get<std::string>();
+            if ( change[ "fields" ].empty() ) {
+               out.insert( head + " " + change[ "change" ].get<std::string>() );
+            }
+            for ( const Json& f : change[ "fields" ] ) {
+               out.insert( head + " " + f[ "field" ].get<std::string>() + " " +
+                           f[ "before" ].dump() + "->" + f[ "after" ].dump() );
+            }
+         }
+         return out;
+      }
+      ADD_FAILURE() << "no event \"" << event << "\"";
+      return out;
+   }
+   static Json apply( const std::string& example ) {
+      const ToolRun run =
+          runTool( { "apply", std::string( FERRO_EXAMPLES_DIR ) + "/" + example, "--json" } );
+      EXPECT_EQ( run.exitCode, 0 ) << example << ": " << run.err;
+      return Json::parse( run.out )[ "events" ];
+   }
+};
+
+TEST_F( ExampleRun, PtpModeZeroDisablesTheFivePtpEntries ) {
+   const Json events = apply( "ptp.scenario" );
+   std::set<std::string> expected;
+   for ( int unit : { 0, 1 } ) {
+      for ( const char* rule : { "IPV4 MCAST PTP", "IPV4 UNICAST FORWARD PTP", "IPV4 PTP",
+                                 "L2 Mcast PTP", "L2 Unicast PTP" } ) {
+         expected.insert( std::to_string( unit ) + " " + rule + " enabled true->false" );
+      }
+      // What the flag on had added goes with it.
+      expected.insert( std::to_string( unit ) + " L2 Mcast PTP action Drop [0,0]->null" );
+      expected.insert( std::to_string( unit ) +
+                       " L2 Unicast PTP action SwitchToCpuCancel [0,0]->null" );
+   }
+   EXPECT_EQ( changesOf( events, "ptp mode 0" ), expected );
+   EXPECT_TRUE( changesOf( events, "ptp mode 2 flag on" ).empty() );  // tap aggregation
+}
+
+TEST_F( ExampleRun, PimCopyComesAndGoesAndTheQueueStays ) {
+   const Json events = apply( "pim-copy.scenario" );
+   EXPECT_EQ( changesOf( events, "pim copy on" ),
+              ( std::set<std::string>{ "0 PIM action CopyToCpu null->[0,0]",
+                                       "1 PIM action CopyToCpu null->[0,0]" } ) );
+   EXPECT_EQ( changesOf( events, "pim copy off" ),
+              ( std::set<std::string>{ "0 PIM action CopyToCpu [0,0]->null",
+                                       "1 PIM action CopyToCpu [0,0]->null" } ) );
+}
+
+TEST_F( ExampleRun, VxlanBlanksAndRestoresTheCpuPortDropRule ) {
+   const Json events = apply( "vxlan.scenario" );
+   const std::set<std::string> on = changesOf( events, "vxlan on" );
+   const std::string rule = "0 Redirect packets from CPU to CPU drop queue ";
+   EXPECT_TRUE( on.count( rule + "installed true->false" ) );
+   EXPECT_TRUE( on.count( rule + "action CosQCpuNew [0,0]->null" ) );
+   EXPECT_TRUE( changesOf( events, "vxlan off" ).count( rule + "action CosQCpuNew null->[0,0]" ) );
+}
+
+TEST_F( ExampleRun, CollectorPortRewritesEveryUnitsIpfixRule ) {
+   const Json events = apply( "ipfix.scenario" );
+   EXPECT_EQ( changesOf( events, "ipfix collector t1/e1/c1 192.0.2.7:2055" ),
+              ( std::set<std::string>{
+                  "0 Ipfix Dst Port qualifier L4DstPort {\"data\":4739,\"mask\":65535}->"
+                  "{\"data\":2055,\"mask\":65535}",
+                  "1 Ipfix Dst Port qualifier L4DstPort {\"data\":4739,\"mask\":65535}->"
+                  "{\"data\":2055,\"mask\":65535}" } ) );
+}
+
+}  // namespace
