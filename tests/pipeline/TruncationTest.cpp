@@ -59,13 +59,25 @@ void expectNoClaimBeyond( const ParsedPacket& cut, const ParsedPacket& full ) {
    expectClaimAgrees( cut.tcpFlags, full.tcpFlags, "tcpFlags" );
    expectClaimAgrees( cut.greProtocol, full.greProtocol, "greProtocol" );
    expectClaimAgrees( cut.isisPduType, full.isisPduType, "isisPduType" );
-   EXPECT_EQ( cut.outerVlan.has_value() && cut.outerVlan->vid != full.outerVlan->vid, false );
-   EXPECT_EQ( cut.innerVlan.has_value() && cut.innerVlan->vid != full.innerVlan->vid, false );
-   EXPECT_EQ( cut.icmp.has_value(), cut.icmp && full.icmp && cut.icmp->type == full.icmp->type &&
-                                       cut.icmp->code == full.icmp->code );
-   EXPECT_EQ( cut.ptp.has_value(),
-              cut.ptp && full.ptp && cut.ptp->messageType == full.ptp->messageType );
+   if ( cut.outerVlan ) {
+      ASSERT_TRUE( full.outerVlan );
+      EXPECT_EQ( cut.outerVlan->vid, full.outerVlan->vid );
+   }
+   if ( cut.innerVlan ) {
+      ASSERT_TRUE( full.innerVlan );
+      EXPECT_EQ( cut.innerVlan->vid, full.innerVlan->vid );
+   }
+   if ( cut.icmp ) {
+      ASSERT_TRUE( full.icmp );
+      EXPECT_EQ( cut.icmp->type, full.icmp->type );
+      EXPECT_EQ( cut.icmp->code, full.icmp->code );
+   }
+   if ( cut.ptp ) {
+      ASSERT_TRUE( full.ptp );
+      EXPECT_EQ( cut.ptp->messageType, full.ptp->messageType );
+   }
    if ( cut.arp ) {
+      ASSERT_TRUE( full.arp );
       EXPECT_EQ( cut.arp->opcode, full.arp->opcode );
       expectClaimAgrees( cut.arp->targetIp, full.arp->targetIp, "arp target" );
    }
