@@ -25,11 +25,11 @@ void append( Bytes& out, std::span<const uint8_t> bytes ) {
    out.insert( out.end(), bytes.begin(), bytes.end() );
 }
 
-Bytes ethernetHeader( const EthernetSpec& eth ) {
+Bytes ethernetHeader( const EthernetHeader& eth ) {
    Bytes out;
    append( out, eth.dst );
    append( out, eth.src );
-   for ( const VlanTagSpec& tag : eth.tags ) {
+   for ( const VlanTagHeader& tag : eth.tags ) {
       put16( out, tag.tpid );
       put16( out, uint16_t( tag.pcp << 13 | ( tag.vid & 0x0FFF ) ) );
    }
@@ -42,7 +42,7 @@ Bytes llcPdu( uint8_t dsap, uint8_t ssap, std::span<const uint8_t> payload ) {
    return out;
 }
 
-Bytes frameOf802_3( const EthernetSpec& eth, const Bytes& llc ) {
+Bytes frameOf802_3( const EthernetHeader& eth, const Bytes& llc ) {
    assert( llc.size() <= 1500 );
    Bytes out = ethernetHeader( eth );
    put16( out, uint16_t( llc.size() ) );
@@ -52,7 +52,7 @@ Bytes frameOf802_3( const EthernetSpec& eth, const Bytes& llc ) {
 
 }  // namespace
 
-Bytes ethernetFrame( const EthernetSpec& eth, uint16_t etherType,
+Bytes ethernetFrame( const EthernetHeader& eth, uint16_t etherType,
                      std::span<const uint8_t> payload ) {
    Bytes out = ethernetHeader( eth );
    put16( out, etherType );
@@ -60,12 +60,12 @@ Bytes ethernetFrame( const EthernetSpec& eth, uint16_t etherType,
    return out;
 }
 
-Bytes llcFrame( const EthernetSpec& eth, uint8_t dsap, uint8_t ssap,
+Bytes llcFrame( const EthernetHeader& eth, uint8_t dsap, uint8_t ssap,
                 std::span<const uint8_t> payload ) {
    return frameOf802_3( eth, llcPdu( dsap, ssap, payload ) );
 }
 
-Bytes snapFrame( const EthernetSpec& eth, uint32_t oui, uint16_t protocol,
+Bytes snapFrame( const EthernetHeader& eth, uint32_t oui, uint16_t protocol,
                  std::span<const uint8_t> payload ) {
    Bytes snap{ uint8_t( oui >> 16 ), uint8_t( oui >> 8 ), uint8_t( oui ) };
    put16( snap, protocol );
@@ -80,7 +80,7 @@ Bytes padToMinimum( Bytes frame ) {
    return frame;
 }
 
-Bytes ipv4Packet( const Ipv4Spec& ip, std::span<const uint8_t> payload ) {
+Bytes ipv4Packet( const Ipv4Header& ip, std::span<const uint8_t> payload ) {
    Bytes options = ip.options;
    options.resize( ( options.size() + 3 ) / 4 * 4, 0 );
    size_t headerLength = 20 + options.size();
@@ -99,10 +99,10 @@ Bytes ipv4Packet( const Ipv4Spec& ip, std::span<const uint8_t> payload ) {
    return out;
 }
 
-Bytes ipv6Packet( const Ipv6Spec& ip, std::span<const uint8_t> payload ) {
+Bytes ipv6Packet( const Ipv6Header& ip, std::span<const uint8_t> payload ) {
    Bytes extensions;
    for ( size_t i = 0; i < ip.extensions.size(); ++i ) {
-      const Ipv6ExtensionSpec& ext = ip.extensions[ i ];
+      const Ipv6ExtensionHeader& ext = ip.extensions[ i ];
       uint8_t next = i + 1 < ip.extensions.size() ? ip.extensions[ i + 1 ].type : ip.nextHeader;
       Bytes body = ext.body;
       uint8_t lengthField = 0;
@@ -131,7 +131,7 @@ Bytes ipv6Packet( const Ipv6Spec& ip, std::span<const uint8_t> payload ) {
    return out;
 }
 
-Ipv6ExtensionSpec hopByHopRouterAlert() {
+Ipv6ExtensionHeader hopByHopRouterAlert() {
    // Router alert (type 5, length 2, value 0), then PadN to fill 8 bytes.
    return { 0, { 0x05, 0x02, 0x00, 0x00, 0x01, 0x00 } };
 }

@@ -18,32 +18,32 @@ namespace Pipeline {
 
 using Bytes = std::vector<uint8_t>;
 
-struct VlanTagSpec {
+struct VlanTagHeader {
    uint16_t vid = 1;
    uint8_t pcp = 0;
    uint16_t tpid = 0x8100;
 };
 
-struct EthernetSpec {
+struct EthernetHeader {
    MacAddress dst{};
    MacAddress src{ 0x02, 0, 0, 0, 0, 0x01 };
-   std::vector<VlanTagSpec> tags{};  // outermost first
+   std::vector<VlanTagHeader> tags{};  // outermost first
 };
 
 // Ethernet II with the given ether type after the tags.
-Bytes ethernetFrame( const EthernetSpec& eth, uint16_t etherType,
+Bytes ethernetFrame( const EthernetHeader& eth, uint16_t etherType,
                      std::span<const uint8_t> payload );
 // 802.3 with an LLC header (unnumbered, control 0x03); the length field covers
 // LLC header and payload.
-Bytes llcFrame( const EthernetSpec& eth, uint8_t dsap, uint8_t ssap,
+Bytes llcFrame( const EthernetHeader& eth, uint8_t dsap, uint8_t ssap,
                 std::span<const uint8_t> payload );
 // 802.3/LLC/SNAP (SAPs 0xAA) with the given OUI and protocol.
-Bytes snapFrame( const EthernetSpec& eth, uint32_t oui, uint16_t protocol,
+Bytes snapFrame( const EthernetHeader& eth, uint32_t oui, uint16_t protocol,
                  std::span<const uint8_t> payload );
 // Pads a frame to the 60-byte Ethernet minimum (without FCS), as a sender does.
 Bytes padToMinimum( Bytes frame );
 
-struct Ipv4Spec {
+struct Ipv4Header {
    Ipv4Address src = 0;
    Ipv4Address dst = 0;
    uint8_t protocol = 0;
@@ -53,24 +53,24 @@ struct Ipv4Spec {
    bool moreFragments = false;
    Bytes options{};  // padded to a multiple of 4 with end-of-options
 };
-Bytes ipv4Packet( const Ipv4Spec& ip, std::span<const uint8_t> payload );
+Bytes ipv4Packet( const Ipv4Header& ip, std::span<const uint8_t> payload );
 
-struct Ipv6ExtensionSpec {
+struct Ipv6ExtensionHeader {
    uint8_t type;  // 0, 43, 44, 51, 60, ...
    Bytes body{};  // after next-header and length; padded to the header's unit
 };
-struct Ipv6Spec {
+struct Ipv6Header {
    Ipv6Address src{};
    Ipv6Address dst{};
    uint8_t nextHeader = 0;  // the upper-layer protocol after the extensions
    uint8_t hopLimit = 64;
    uint8_t trafficClass = 0;
-   std::vector<Ipv6ExtensionSpec> extensions{};  // in packet order
+   std::vector<Ipv6ExtensionHeader> extensions{};  // in packet order
 };
-Bytes ipv6Packet( const Ipv6Spec& ip, std::span<const uint8_t> payload );
+Bytes ipv6Packet( const Ipv6Header& ip, std::span<const uint8_t> payload );
 // A hop-by-hop header carrying the router-alert option (MLD value 0), as MLD
 // and other router-alert traffic sends it.
-Ipv6ExtensionSpec hopByHopRouterAlert();
+Ipv6ExtensionHeader hopByHopRouterAlert();
 
 namespace TcpFlag {
 constexpr uint8_t Fin = 0x01, Syn = 0x02, Rst = 0x04, Psh = 0x08, Ack = 0x10;

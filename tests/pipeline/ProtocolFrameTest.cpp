@@ -70,7 +70,7 @@ TEST( PacketParserTest, NonFirstFragmentHasNoLayer4 ) {
 
 // The chip parses two tags: a third TPID is the packet's ether type.
 TEST( PacketParserTest, ThirdVlanTagIsTheEtherType ) {
-   EthernetSpec eth{ .tags = { { .vid = 1 }, { .vid = 2 }, { .vid = 3 } } };
+   EthernetHeader eth{ .tags = { { .vid = 1 }, { .vid = 2 }, { .vid = 3 } } };
    ParsedPacket packet = parsePacket( ethernetFrame( eth, 0x0800, Bytes( 20, 0 ) ) );
    EXPECT_EQ( packet.fields.etherType, 0x8100 );
    EXPECT_EQ( packet.innerVlan->vid, 2 );

@@ -10,17 +10,17 @@ using L = Layer;
 
 const MacAddress routerMac = mac( "00:1c:73:00:00:99" );
 const MacAddress hostMac = mac( "02:00:00:00:00:02" );
-const EthernetSpec toRouter{ routerMac, hostMac, {} };
+const EthernetHeader toRouter{ routerMac, hostMac, {} };
 
-EthernetSpec toMac( const char* dst ) { return { mac( dst ), hostMac, {} }; }
+EthernetHeader toMac( const char* dst ) { return { mac( dst ), hostMac, {} }; }
 
 Bytes zeros( size_t n ) { return Bytes( n, 0 ); }
 
-Bytes v4( const EthernetSpec& eth, const Ipv4Spec& ip, const Bytes& payload ) {
+Bytes v4( const EthernetHeader& eth, const Ipv4Header& ip, const Bytes& payload ) {
    return ethernetFrame( eth, 0x0800, ipv4Packet( ip, payload ) );
 }
 
-Bytes v6( const EthernetSpec& eth, const Ipv6Spec& ip, const Bytes& payload ) {
+Bytes v6( const EthernetHeader& eth, const Ipv6Header& ip, const Bytes& payload ) {
    return ethernetFrame( eth, 0x86DD, ipv6Packet( ip, payload ) );
 }
 
@@ -58,7 +58,7 @@ void expectIcmp( const ParsedPacket& p, uint8_t type, uint8_t code ) {
 }
 
 void addIpv4Cases( std::vector<FrameCase>& cases ) {
-   const Ipv4Spec peer{ .src = ipv4( "10.0.0.2" ), .dst = ipv4( "10.0.0.1" ), .protocol = 6,
+   const Ipv4Header peer{ .src = ipv4( "10.0.0.2" ), .dst = ipv4( "10.0.0.1" ), .protocol = 6,
                         .ttl = 1, .tos = 0xC0 };
    cases.push_back( { "BgpToPort179",
                       v4( toRouter, peer, tcpSegment( 52000, 179, TcpFlag::Syn, {} ) ),
@@ -74,7 +74,7 @@ void addIpv4Cases( std::vector<FrameCase>& cases ) {
                          EXPECT_FALSE( p.has( Field::OuterVlanPri ) );
                          EXPECT_FALSE( p.ipv4Options );
                       } } );
-   EthernetSpec tagged = toRouter;
+   EthernetHeader tagged = toRouter;
    tagged.tags = { { .vid = 100, .pcp = 6 } };
    cases.push_back( { "BgpFromPort179Tagged",
                       v4( tagged, peer,
@@ -183,7 +183,7 @@ void addIpv4Cases( std::vector<FrameCase>& cases ) {
                          EXPECT_TRUE( p.ipv4Options );
                          EXPECT_EQ( p.layers[ 1 ].length, 24u );
                       } } );
-   EthernetSpec qinq = toRouter;
+   EthernetHeader qinq = toRouter;
    qinq.tags = { { .vid = 100, .pcp = 5, .tpid = 0x88A8 }, { .vid = 200, .pcp = 1 } };
    cases.push_back( { "QinQ",
                       v4( qinq,
@@ -370,7 +370,7 @@ void addL2Cases( std::vector<FrameCase>& cases ) {
                          EXPECT_EQ( p.fields.etherType, 0x888E );
                          EXPECT_EQ( p.eapolType, 1 );
                       } } );
-   EthernetSpec tagged9100 = toMac( "ff:ff:ff:ff:ff:ff" );
+   EthernetHeader tagged9100 = toMac( "ff:ff:ff:ff:ff:ff" );
    tagged9100.tags = { { .vid = 4094, .pcp = 7, .tpid = 0x9100 } };
    cases.push_back( { "ArpRequestTagged9100",
                       ethernetFrame( tagged9100, 0x0806,
