@@ -40,6 +40,10 @@ void parseGre( ParserContext& p, size_t offset, size_t end ) {
    }
    uint16_t protocol = p.u16( offset + 2 );
    p.out().greProtocol = protocol;
+   // The chip keys a GRE packet's payload type where a transport header's
+   // destination port would be.
+   p.out().fields.l4DstPort = protocol;
+   p.set( Field::L4DstPort );
    p.found( Layer::Gre, offset, length );
    if ( protocol == kGreOsi ) {
       parseIsis( p, offset + length, end );

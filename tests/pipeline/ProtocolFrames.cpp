@@ -108,6 +108,8 @@ void addIpv4Cases( std::vector<FrameCase>& cases ) {
                       []( const ParsedPacket& p ) {
                          expectIpv4( p, "10.1.0.1", 64, 47 );
                          EXPECT_EQ( p.greProtocol, 0x00FE );
+                         EXPECT_TRUE( p.has( Field::L4DstPort ) );
+                         EXPECT_EQ( p.fields.l4DstPort, 0x00FE );
                          EXPECT_EQ( p.isisPduType, 16 );
                       } } );
    for ( auto [ name, protocol, dst, ttl ] :

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "pipeline/NetworkContext.h"
 #include "platform/agent/SwitchBringup.h"
 #include "tools/ferro-acl/BringupSteps.h"
 #include "tools/ferro-acl/ChildProcess.h"
@@ -19,6 +20,7 @@ namespace FerroAcl {
 // Everything a run needs, checked by the parent before it forks.
 struct AgentSetup {
    Agent::SwitchConfig config;
+   Pipeline::NetworkContext network;  // the profile's `network` section
    std::string source;  // how messages name the profile
    std::vector<Sim::Fault> faults;
    std::vector<std::string> faultTexts;  // the --fail options, as given
