@@ -177,6 +177,17 @@ struct Explanation {
    StageCheck ingress;
 };
 
+// A packet that hits one entry, or why there is none.
+struct WitnessResult {
+   std::optional<PacketFields> packet;  // matches the entry and nothing its group looks at first
+   // No packet: the entries looked at first that match whatever meets the
+   // entry (each on its own, or the one the search could not get past).
+   std::vector<bcm_field_entry_t> shadowers;
+   // No packet because the entry's own qualifiers contradict each other on
+   // these fields ("InPorts and SrcPort").
+   std::vector<std::string> contradictions;
+};
+
 class FieldProcessor : public Shim::Sdk {
   public:
    static FieldProcessor& instance();
@@ -237,6 +248,10 @@ class FieldProcessor : public Shim::Sdk {
    LookupResult lookup( int unit, const PacketFields& packet ) const;
    // lookup() step by step; empty for a port the unit does not have.
    Explanation explain( int unit, const PacketFields& packet ) const;
+   // A packet that hits `entry` (installed, enabled or not) in its group,
+   // built from the ternary data/mask of the entries (Witness.cpp says how
+   // and at what cost). Empty for an entry the unit lacks or has not installed.
+   WitnessResult witness( int unit, bcm_field_entry_t entry ) const;
 
    // Shim::Sdk, in the order of Shim.h.
    void preCallHook() override;
