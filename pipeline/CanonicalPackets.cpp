@@ -102,7 +102,7 @@ class Packets {
    void hostProtocols();
 
   private:
-   const CanonicalAddresses& a_;
+   const CanonicalAddresses a_;
    PortRef ingress_;
    uint16_t nativeVlan_;
    std::vector<CanonicalPacket> out_;
