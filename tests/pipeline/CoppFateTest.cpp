@@ -70,8 +70,10 @@ TEST_P( RoutingProtocols, TrappedToTheirQueues ) {
 }
 
 // On the VLAN-stage chips the class these hellos get in the VLAN stage also
-// reaches the L2 elevators (see the README of the copp command); only the
-// other chips are checked for their queue.
+// reaches the ingress stage as the L2 destination class, where it equals an
+// L2 elevator's (OSPF 3 is LLDP's, PIM 2 is LACP's), whose group outranks the
+// L3 one; whether a chip really lets it through is open, so there only the L3
+// entry is checked, and the queues on the other chips.
 TEST_P( RoutingProtocols, MulticastHellosAreCopiedToTheirQueues ) {
    if ( vlanClasses() ) {
       EXPECT_EQ( ruleNames( s_.send( "OSPFv2 hello - 224.0.0.5" ) ).back(), "OSPFv2 - Multicast" );

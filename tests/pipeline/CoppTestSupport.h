@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "pipeline/CanonicalAddresses.h"
 #include "tests/FerroTcamSystemAcl/L3TestSupport.h"
 #include "tools/ferro-acl/CoppMatrix.h"
 

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "pipeline/CanonicalAddresses.h"
 #include "pipeline/CanonicalPackets.h"
 #include "pipeline/SwitchModel.h"
 #include "tools/ferro-acl/ChipState.h"
