@@ -43,14 +43,16 @@ std::optional<IpAddress> host( const IpPrefix& prefix, uint32_t n, bool fromTop 
       return std::nullopt;
    }
    if ( !prefix.address.isV6 ) {
-      const uint32_t hostMask = hostBits >= 32 ? ~uint32_t( 0 ) : ( uint32_t( 1 ) << hostBits ) - 1;
+      const uint32_t hostMask =
+          hostBits >= 32 ? ~uint32_t( 0 ) : ( uint32_t( 1 ) << hostBits ) - 1;
       const uint32_t base = prefix.address.v4 & ~hostMask;
       return IpAddress::ofV4( fromTop ? ( base | hostMask ) - n : base + n );
    }
    Ipv6Address bytes = prefix.address.v6;
    for ( unsigned bit = prefix.length; bit < width; ++bit ) {
       const uint8_t mask = uint8_t( 0x80 >> ( bit % 8 ) );
-      bytes[bit / 8] = uint8_t( fromTop ? bytes[bit / 8] | mask : bytes[bit / 8] & ~mask );
+      bytes[bit / 8] =
+          uint8_t( fromTop ? bytes[bit / 8] | mask : bytes[bit / 8] & ~mask );
    }
    // n is below the host count, so the low 32 bits take it without a carry
    // into the prefix.
@@ -98,13 +100,15 @@ IpAddress neighbourAddress( const NetworkContext& network, const IpPrefix& self 
 }
 
 Ipv6Address linkLocal( const MacAddress& mac ) {
-   return { 0xfe, 0x80, 0,      0,      0,    0,      0,      0,
-            uint8_t( mac[0] ^ 0x02 ), mac[1], mac[2], 0xff, 0xfe, mac[3], mac[4], mac[5] };
+   return {
+       0xfe,   0x80,   0,    0,    0,      0,      0,     0, uint8_t( mac[0] ^ 0x02 ),
+       mac[1], mac[2], 0xff, 0xfe, mac[3], mac[4], mac[5] };
 }
 
 }  // namespace
 
-CanonicalAddresses canonicalAddresses( const NetworkContext& network, const PortRef& ingress ) {
+CanonicalAddresses canonicalAddresses( const NetworkContext& network,
+                                       const PortRef& ingress ) {
    const IpPrefix v4 = selfPrefix( network, ingress, false );
    const IpPrefix v6 = selfPrefix( network, ingress, true );
    CanonicalAddresses a;

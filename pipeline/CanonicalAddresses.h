@@ -29,6 +29,7 @@ struct CanonicalAddresses {
    std::optional<IpAddress> gleanV6;
 };
 
-CanonicalAddresses canonicalAddresses( const NetworkContext& network, const PortRef& ingress );
+CanonicalAddresses canonicalAddresses( const NetworkContext& network,
+                                       const PortRef& ingress );
 
 }  // namespace Pipeline

@@ -25,7 +25,8 @@ CoppSwitch::CoppSwitch( const std::string& profile ) {
    model_.emplace( network, Pipeline::unitModels( config ) );
    state_ = FerroAcl::collectChipState( *installed_.sw, *installed_.helper,
                                         FerroAcl::planBringup( config, {} ) );
-   const std::optional<Pipeline::PortRef> ingress = FerroAcl::firstRoutedPortOf( network, 0 );
+   const std::optional<Pipeline::PortRef> ingress =
+       FerroAcl::firstRoutedPortOf( network, 0 );
    if ( !ingress ) {
       ADD_FAILURE() << profile << ": unit 0 has no routed port";
       return;
@@ -37,9 +38,9 @@ CoppSwitch::CoppSwitch( const std::string& profile ) {
 }
 
 FerroAcl::CoppRow CoppSwitch::send( const std::string& packetName ) const {
-   const auto packet =
-       std::find_if( packets_.begin(), packets_.end(),
-                     [&]( const Pipeline::CanonicalPacket& p ) { return p.name == packetName; } );
+   const auto packet = std::find_if(
+       packets_.begin(), packets_.end(),
+       [&]( const Pipeline::CanonicalPacket& p ) { return p.name == packetName; } );
    if ( packet == packets_.end() ) {
       ADD_FAILURE() << "no canonical packet \"" << packetName << "\"";
       return {};
@@ -49,14 +50,16 @@ FerroAcl::CoppRow CoppSwitch::send( const std::string& packetName ) const {
 
 FerroAcl::CoppRow CoppSwitch::send( const Pipeline::Bytes& frame,
                                     const Pipeline::PortRef& ingress ) const {
-   return FerroAcl::coppRow( *model_, { "test frame", frame, ingress }, state_.units.front() );
+   return FerroAcl::coppRow( *model_, { "test frame", frame, ingress },
+                             state_.units.front() );
 }
 
 std::optional<Pipeline::PortRef> CoppSwitch::bridgedPort() const {
    for ( const Pipeline::Interface& intf : network().interfaces ) {
       for ( const Pipeline::PortRef& port : intf.ports ) {
          if ( port.unit == 0 && port.port != 0 && !network().higig( port ) &&
-              !network().stpBlocked( port ) && !network().nativeInterface( port )->routed() ) {
+              !network().stpBlocked( port ) &&
+              !network().nativeInterface( port )->routed() ) {
             return port;
          }
       }
@@ -91,7 +94,8 @@ void expectFates( const CoppSwitch& s, const std::vector<Expected>& table ) {
 }
 
 std::vector<std::string> fateProfiles() {
-   return { "default", "espwar-wesp-protocol", "nexthop-glean-aclgroup", "th3-vlan-class" };
+   return { "default", "espwar-wesp-protocol", "nexthop-glean-aclgroup",
+            "th3-vlan-class" };
 }
 
 }  // namespace CoppTest

@@ -17,12 +17,13 @@
 namespace CoppTest {
 
 class CoppSwitch {
-  public:
+ public:
    explicit CoppSwitch( const std::string& profile );
 
    // The canonical packet of that name, sent where the set sends it.
    FerroAcl::CoppRow send( const std::string& packetName ) const;
-   FerroAcl::CoppRow send( const Pipeline::Bytes& frame, const Pipeline::PortRef& ingress ) const;
+   FerroAcl::CoppRow send( const Pipeline::Bytes& frame,
+                           const Pipeline::PortRef& ingress ) const;
 
    const Pipeline::NetworkContext& network() const { return model_->network(); }
    const Pipeline::CanonicalAddresses& addresses() const { return addresses_; }
@@ -30,7 +31,7 @@ class CoppSwitch {
    // A front-panel port of unit 0 whose native VLAN has no routed interface.
    std::optional<Pipeline::PortRef> bridgedPort() const;
 
-  private:
+ private:
    L3Test::InstalledSwitch installed_;
    std::optional<Pipeline::SwitchModel> model_;
    FerroAcl::ChipState state_;

@@ -66,14 +66,16 @@ TEST( CoppCommand, TextFitsTheTerminal ) {
    for ( std::string line; std::getline( lines, line ); ) {
       EXPECT_LE( line.size(), 160u ) << line;
    }
-   EXPECT_NE( run.out.find( "L3 control: BGP - Dst Port" ), std::string::npos ) << run.out;
+   EXPECT_NE( run.out.find( "L3 control: BGP - Dst Port" ), std::string::npos )
+       << run.out;
 }
 
 TEST( CoppCommand, BadNetworkOptionExitsTwo ) {
    const ToolRun run = runTool( { "copp", "--self-ip", "224.0.0.5" } );
    EXPECT_EQ( run.exitCode, 2 );
-   EXPECT_EQ( run.err,
-              "ferro-acl: --self-ip \"224.0.0.5\": expected a unicast IPv4 or IPv6 address\n" );
+   EXPECT_EQ(
+       run.err,
+       "ferro-acl: --self-ip \"224.0.0.5\": expected a unicast IPv4 or IPv6 address\n" );
    EXPECT_EQ( run.out, "" );
 }
 

@@ -23,7 +23,8 @@ std::vector<Pipeline::PortRef> ingressPorts( const NetworkSetup& network,
    }
    std::vector<Pipeline::PortRef> ports;
    for ( const Agent::UnitSpec& unit : config.units ) {
-      if ( std::optional<Pipeline::PortRef> port = firstRoutedPortOf( network.network, unit.unit ) ) {
+      if ( std::optional<Pipeline::PortRef> port =
+               firstRoutedPortOf( network.network, unit.unit ) ) {
          ports.push_back( *port );
       } else {
          std::cerr << "ferro-acl: unit " << unit.unit
@@ -37,11 +38,15 @@ std::vector<Pipeline::PortRef> ingressPorts( const NetworkSetup& network,
 
 int coppCommand( int argc, char** argv ) {
    CLI::App app(
-       "Brings up a simulated switch and installs the system ACL as show does, then sends "
-       "the canonical control-plane packets (BGP, OSPF, IS-IS, PIM, VRRP, BFD, LACP, LLDP, "
-       "STP, PTP, EAPoL, glean, self-IP elevators, IPFIX, ND, MLD, DHCP, MLAG, IGMP, ARP, "
+       "Brings up a simulated switch and installs the system ACL as show does, then "
+       "sends "
+       "the canonical control-plane packets (BGP, OSPF, IS-IS, PIM, VRRP, BFD, LACP, "
+       "LLDP, "
+       "STP, PTP, EAPoL, glean, self-IP elevators, IPFIX, ND, MLD, DHCP, MLAG, IGMP, "
+       "ARP, "
        "LDP, RIP) into each unit through the switch model and prints, per packet, the "
-       "entries it hit, whether it reaches the CPU as a trap or a copy, on which queue and "
+       "entries it hit, whether it reaches the CPU as a trap or a copy, on which queue "
+       "and "
        "traffic class, and whether it is forwarded or dropped. Addresses come from the "
        "profile's network: the ingress interface's own address, a resolved neighbour, an "
        "unresolved host of the connected subnet, the router MAC.",
@@ -50,14 +55,15 @@ int coppCommand( int argc, char** argv ) {
    NetworkOptions networkOptions;
    addRunOptions( app, options );
    addNetworkOptions( app, networkOptions );
-   app.footer( "Examples:\n"
-               "  ferro-acl copp                             the default two-unit switch\n"
-               "  ferro-acl copp --profile profiles/nexthop-glean-aclgroup.json\n"
-               "  ferro-acl copp --json | jq '.units[0].packets[] | {name, cpuQueue}'\n"
-               "  ferro-acl copp --in-port 0:9 --self-ip 10.0.9.1\n"
-               "  ferro-acl copp --apply examples/pim-copy.scenario\n"
-               "Exit status: 0 shown; 1 the library aborted or the run failed; 2 bad "
-               "options, profile, network or scenario." );
+   app.footer(
+       "Examples:\n"
+       "  ferro-acl copp                             the default two-unit switch\n"
+       "  ferro-acl copp --profile profiles/nexthop-glean-aclgroup.json\n"
+       "  ferro-acl copp --json | jq '.units[0].packets[] | {name, cpuQueue}'\n"
+       "  ferro-acl copp --in-port 0:9 --self-ip 10.0.9.1\n"
+       "  ferro-acl copp --apply examples/pim-copy.scenario\n"
+       "Exit status: 0 shown; 1 the library aborted or the run failed; 2 bad "
+       "options, profile, network or scenario." );
    if ( std::optional<int> status = parseCommandLine( app, argc, argv ) ) {
       return *status;
    }

@@ -12,9 +12,10 @@ void addHits( const Sim::StageResult& stage, const UnitState& unit,
       const auto entry =
           std::find_if( unit.entries.begin(), unit.entries.end(),
                         [&]( const EntryState& e ) { return e.id == hit.entry; } );
-      hits.push_back( entry == unit.entries.end()
-                          ? CoppHit{ hit.entry, "", "", "" }
-                          : CoppHit{ hit.entry, entry->stage, entry->group, entry->name } );
+      hits.push_back(
+          entry == unit.entries.end()
+              ? CoppHit{ hit.entry, "", "", "" }
+              : CoppHit{ hit.entry, entry->stage, entry->group, entry->name } );
    }
 }
 
@@ -27,18 +28,19 @@ std::vector<CoppHit> namedHits( const Sim::LookupResult& lookup, const UnitState
    return hits;
 }
 
-CoppRow coppRow( const Pipeline::SwitchModel& model, const Pipeline::CanonicalPacket& packet,
-                 const UnitState& unit ) {
+CoppRow coppRow( const Pipeline::SwitchModel& model,
+                 const Pipeline::CanonicalPacket& packet, const UnitState& unit ) {
    const Pipeline::Classification c = model.classify( packet.bytes, packet.ingress );
    return CoppRow{ packet.name, packet.ingress, namedHits( c.lookup, unit ), c.fate };
 }
 
-std::optional<Pipeline::PortRef> firstRoutedPortOf( const Pipeline::NetworkContext& network,
-                                                    uint16_t unit ) {
+std::optional<Pipeline::PortRef> firstRoutedPortOf(
+    const Pipeline::NetworkContext& network, uint16_t unit ) {
    Pipeline::NetworkContext unitOnly = network;
    for ( Pipeline::Interface& intf : unitOnly.interfaces ) {
-      std::erase_if( intf.ports,
-                     [unit]( const Pipeline::PortRef& port ) { return port.unit != unit; } );
+      std::erase_if( intf.ports, [unit]( const Pipeline::PortRef& port ) {
+         return port.unit != unit;
+      } );
    }
    return unitOnly.firstRoutedPort();
 }

@@ -37,13 +37,13 @@ struct CoppUnit {
 // The entries of `lookup`, named from `unit`'s entries.
 std::vector<CoppHit> namedHits( const Sim::LookupResult& lookup, const UnitState& unit );
 
-CoppRow coppRow( const Pipeline::SwitchModel& model, const Pipeline::CanonicalPacket& packet,
-                 const UnitState& unit );
+CoppRow coppRow( const Pipeline::SwitchModel& model,
+                 const Pipeline::CanonicalPacket& packet, const UnitState& unit );
 
 // Where a unit takes packets: its first routed front-panel port, by the
 // same rule as NetworkContext::firstRoutedPort; nothing when it has none.
-std::optional<Pipeline::PortRef> firstRoutedPortOf( const Pipeline::NetworkContext& network,
-                                                    uint16_t unit );
+std::optional<Pipeline::PortRef> firstRoutedPortOf(
+    const Pipeline::NetworkContext& network, uint16_t unit );
 
 // The port the chip's IPFIX rule takes packets from, when it has one.
 std::optional<Pipeline::PortRef> ipfixInPortOf( const Agent::Switch& sw, uint16_t unit );

@@ -10,7 +10,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string hitText( const CoppHit& hit ) {
-   const std::string rule = hit.rule.empty() ? "entry " + std::to_string( hit.entry ) : hit.rule;
+   const std::string rule =
+       hit.rule.empty() ? "entry " + std::to_string( hit.entry ) : hit.rule;
    return hit.group.empty() ? rule : hit.group + ": " + rule;
 }
 
@@ -41,7 +42,8 @@ TextCell forwardingCell( const Pipeline::Fate& fate ) {
       items.push_back( "class-id " + std::to_string( *fate.newClassId ) );
    }
    if ( fate.egressClassSelect ) {
-      items.push_back( "egress-class-select " + std::to_string( *fate.egressClassSelect ) );
+      items.push_back( "egress-class-select " +
+                       std::to_string( *fate.egressClassSelect ) );
    }
    return listCell( items, "," );
 }
@@ -50,7 +52,8 @@ TextCell forwardingCell( const Pipeline::Fate& fate ) {
 TextCell reasonsCell( const Pipeline::Fate& fate ) {
    std::string text;
    for ( Pipeline::CpuReason reason : fate.reasons ) {
-      text += ( text.empty() ? "" : ", " ) + std::string( Pipeline::cpuReasonName( reason ) );
+      text +=
+          ( text.empty() ? "" : ", " ) + std::string( Pipeline::cpuReasonName( reason ) );
    }
    for ( Pipeline::CpuReason reason : fate.cancelled ) {
       text += ( text.empty() ? "cancelled: " : ", cancelled: " ) +
@@ -60,22 +63,37 @@ TextCell reasonsCell( const Pipeline::Fate& fate ) {
 }
 
 void printUnit( std::ostream& out, const CoppUnit& unit ) {
-   out << "unit " << unit.unit << ": ingress " << Pipeline::toString( unit.ingress ) << ", "
-       << unit.rows.size() << ( unit.rows.size() == 1 ? " packet" : " packets" ) << '\n';
-   TextTable table( { { false, 24 }, { false, 30 }, {}, { true }, { true }, { false, 16 },
+   out << "unit " << unit.unit << ": ingress " << Pipeline::toString( unit.ingress )
+       << ", " << unit.rows.size() << ( unit.rows.size() == 1 ? " packet" : " packets" )
+       << '\n';
+   TextTable table( { { false, 24 },
+                      { false, 30 },
+                      {},
+                      { true },
+                      { true },
+                      { false, 16 },
                       { false, 16 } },
                     terminalWidth, 2 );
-   table.addRow( { { "packet" }, { "rule hit" }, { "cpu" }, { "queue" }, { "tc" },
-                   { "forwarding" }, { "reasons" } } );
+   table.addRow( { { "packet" },
+                   { "rule hit" },
+                   { "cpu" },
+                   { "queue" },
+                   { "tc" },
+                   { "forwarding" },
+                   { "reasons" } } );
    for ( const CoppRow& row : unit.rows ) {
       const Pipeline::Fate& fate = row.fate;
       TextCell packet = wordCell( row.packet );
       if ( row.ingress != unit.ingress ) {
          packet.push_back( "(from " + Pipeline::toString( row.ingress ) + ")" );
       }
-      table.addRow( { packet, hitsCell( row.hits ), { Pipeline::deliveryName( fate.toCpu ) },
-                      { number( fate.cpuQueue ) }, { number( fate.trafficClass ) },
-                      forwardingCell( fate ), reasonsCell( fate ) } );
+      table.addRow( { packet,
+                      hitsCell( row.hits ),
+                      { Pipeline::deliveryName( fate.toCpu ) },
+                      { number( fate.cpuQueue ) },
+                      { number( fate.trafficClass ) },
+                      forwardingCell( fate ),
+                      reasonsCell( fate ) } );
    }
    table.print( out );
 }

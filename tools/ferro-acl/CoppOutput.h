@@ -6,8 +6,9 @@
 // dropped: WHY, or trapped) with the class ids written, and the CPU reasons
 // ("cancelled: ..." for those an entry took back). Rows fit 160 columns.
 //   unit 0: ingress 0:1, 52 packets
-//     packet                 rule hit                    cpu   queue  tc  forwarding   reasons
-//     BGP - dst port 179     L3 control: BGP - Dst Port  trap     38   -  trapped      self IP
+//     packet                 rule hit                    cpu   queue  tc  forwarding
+//     reasons BGP - dst port 179     L3 control: BGP - Dst Port  trap     38   -  trapped
+//     self IP
 //
 // JSON, a stable interface (later versions add keys, never rename, retype or
 // drop one):
