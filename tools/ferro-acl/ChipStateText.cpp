@@ -41,24 +41,11 @@ std::vector<std::string> words( const std::vector<Item>& items, Format format ) 
    return result;
 }
 
-// One word per item, so that a long rule name wraps between its words.
-TextCell splitWords( const std::string& text ) {
-   TextCell cell;
-   for ( size_t start = 0; start < text.size(); ) {
-      const size_t end = std::min( text.find( ' ', start ), text.size() );
-      if ( end > start ) {
-         cell.push_back( text.substr( start, end - start ) );
-      }
-      start = end + 1;
-   }
-   return cell.empty() ? TextCell{ "-" } : cell;
-}
-
 TextRow entryRow( const EntryState& entry ) {
    return TextRow{ { std::to_string( entry.id ) },
                    { std::to_string( entry.priority ) },
                    { entryState( entry ) },
-                   splitWords( entry.name ),
+                   wordCell( entry.name ),
                    listCell( words( entry.qualifiers, qualifierWords ), "," ),
                    listCell( words( entry.actions, actionWords ), "," ),
                    listCell( entry.recordedAs, "," ) };

@@ -46,6 +46,18 @@ TextCell listCell( const std::vector<std::string>& items, const char* separator 
    return cell;
 }
 
+TextCell wordCell( const std::string& text ) {
+   TextCell cell;
+   for ( size_t start = 0; start < text.size(); ) {
+      const size_t end = std::min( text.find( ' ', start ), text.size() );
+      if ( end > start ) {
+         cell.push_back( text.substr( start, end - start ) );
+      }
+      start = end + 1;
+   }
+   return cell.empty() ? TextCell{ "-" } : cell;
+}
+
 std::vector<size_t> TextTable::widths() const {
    std::vector<size_t> widths( columns_.size(), 0 );
    for ( const TextRow& row : rows_ ) {

@@ -42,5 +42,8 @@ class TextTable {
 
 // Items that join into "a, b, c" when they stay on one line.
 TextCell listCell( const std::vector<std::string>& items, const char* separator );
+// One word per item, so that a long name wraps between its words; "-" when
+// there is no word.
+TextCell wordCell( const std::string& text );
 
 }  // namespace FerroAcl

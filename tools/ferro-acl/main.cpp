@@ -19,6 +19,8 @@ const Subcommand subcommands[] = {
     { "apply", "install, then run a scenario of configuration events and print what each "
                "changed", applyCommand },
     { "diff", "compare the system ACLs of two chip profiles", diffCommand },
+    { "copp", "install, then send the canonical control-plane packets into each unit and "
+              "print what each hit and its fate", coppCommand },
 };
 
 void printOverview() {
