@@ -171,7 +171,7 @@ TEST( ToolRun, BadOptionsAndProfilesExitTwoWithOneLine ) {
        { { "--profile", unknownKey },
          unknownKey +
              ": colour: unknown key; expected one of name, sdkVersion, platform, "
-             "sharedState, helper, chips, units, l2ProtocolForwarding\n" },
+             "sharedState, helper, chips, units, l2ProtocolForwarding, network\n" },
        { { "--profile", badType },
          badType + ": sharedState.platformCode: expected an integer 0-255, got \"x\"\n" },
    };

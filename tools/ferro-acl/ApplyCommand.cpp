@@ -1,8 +1,6 @@
 // ferro-acl apply: bring up and install, then run a scenario of configuration
 // events and print what each changed.
-#include <fstream>
 #include <iostream>
-#include <sstream>
 
 #include "tools/ferro-acl/AbortWatch.h"
 #include "tools/ferro-acl/ApplyScenario.h"
@@ -11,33 +9,6 @@
 #include "tools/ferro-acl/Subcommands.h"
 
 namespace FerroAcl {
-
-namespace {
-
-// The scenario read, parsed and checked against the switch; nothing when it
-// is not usable, the message being on stderr.
-std::optional<std::vector<ScenarioEvent>> loadScenario( const std::string& path,
-                                                        const Agent::SwitchConfig& config ) {
-   std::ifstream in( path );
-   if ( !in ) {
-      std::cerr << "ferro-acl: " << path << ": cannot read the scenario file\n";
-      return std::nullopt;
-   }
-   std::ostringstream text;
-   text << in.rdbuf();
-   Result<std::vector<ScenarioEvent>> parsed = parseScenario( text.str(), path );
-   if ( !parsed ) {
-      std::cerr << parsed.error() << '\n';
-      return std::nullopt;
-   }
-   if ( std::optional<std::string> error = checkScenario( parsed.value(), config, path ) ) {
-      std::cerr << *error << '\n';
-      return std::nullopt;
-   }
-   return std::move( parsed.value() );
-}
-
-}  // namespace
 
 int applyCommand( int argc, char** argv ) {
    CLI::App app(

@@ -247,7 +247,7 @@ SwitchConfig readProfile( const Json& root ) {
    rejectUnknownKeys(
        root, "",
        { "name", "sdkVersion", "platform", "sharedState", "helper", "chips", "units",
-         "l2ProtocolForwarding" } );
+         "l2ProtocolForwarding", "network" } );
    SwitchConfig config;
    if ( const Json* name = optionalMember( root, "name" ) ) {
       config.name = readString( *name, "name" );
@@ -286,7 +286,7 @@ Result<SwitchConfig> parseProfile( std::string_view text, const std::string& sou
    }
 }
 
-Result<SwitchConfig> loadProfile( const std::string& path ) {
+Result<std::string> readProfileText( const std::string& path ) {
    const int fd = ::open( path.c_str(), O_RDONLY | O_CLOEXEC );
    if ( fd < 0 ) {
       return Error{ path + ": cannot open: " + std::strerror( errno ) };
@@ -309,7 +309,15 @@ Result<SwitchConfig> loadProfile( const std::string& path ) {
       text.append( buffer, size_t( n ) );
    }
    ::close( fd );
-   return parseProfile( text, path );
+   return text;
+}
+
+Result<SwitchConfig> loadProfile( const std::string& path ) {
+   Result<std::string> text = readProfileText( path );
+   if ( !text ) {
+      return Error{ text.error() };
+   }
+   return parseProfile( text.value(), path );
 }
 
 }  // namespace FerroAcl

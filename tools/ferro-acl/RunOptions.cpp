@@ -8,6 +8,7 @@
 #include "tools/ferro-acl/DefaultProfile.h"
 #include "tools/ferro-acl/ExitStatus.h"
 #include "tools/ferro-acl/FaultOption.h"
+#include "tools/ferro-acl/NetworkProfile.h"
 #include "tools/ferro-acl/ProfileLoader.h"
 
 namespace FerroAcl {
@@ -67,12 +68,23 @@ std::optional<int> parseCommandLine( CLI::App& app, int argc, char** argv ) {
 Result<AgentSetup> loadSetup( const std::string& path ) {
    AgentSetup setup;
    setup.source = path.empty() ? defaultProfileSource : path;
-   Result<Agent::SwitchConfig> config =
-       path.empty() ? parseProfile( defaultProfileText, setup.source ) : loadProfile( path );
+   Result<std::string> text =
+       path.empty() ? Result<std::string>( std::string( defaultProfileText ) )
+                    : readProfileText( path );
+   if ( !text ) {
+      return Error{ text.error() };
+   }
+   Result<Agent::SwitchConfig> config = parseProfile( text.value(), setup.source );
    if ( !config ) {
       return Error{ config.error() };
    }
    setup.config = config.value();
+   Result<Pipeline::NetworkContext> network =
+       parseNetwork( text.value(), setup.source, setup.config );
+   if ( !network ) {
+      return Error{ network.error() };
+   }
+   setup.network = network.value();
    return setup;
 }
 

@@ -91,4 +91,9 @@ std::optional<std::string> checkScenario( const std::vector<ScenarioEvent>& even
                                           const Agent::SwitchConfig& config,
                                           const std::string& file );
 
+// The scenario file at `path` read, parsed and checked against the switch;
+// nothing when it is not usable, the message being on stderr.
+std::optional<std::vector<ScenarioEvent>> loadScenario( const std::string& path,
+                                                        const Agent::SwitchConfig& config );
+
 }  // namespace FerroAcl

@@ -1,4 +1,7 @@
+#include <fstream>
+#include <iostream>
 #include <set>
+#include <sstream>
 
 #include "platform/agent/SwitchBringup.h"
 #include "tools/ferro-acl/Scenario.h"
@@ -70,6 +73,27 @@ std::optional<std::string> checkScenario( const std::vector<ScenarioEvent>& even
       }
    }
    return std::nullopt;
+}
+
+std::optional<std::vector<ScenarioEvent>> loadScenario( const std::string& path,
+                                                        const Agent::SwitchConfig& config ) {
+   std::ifstream in( path );
+   if ( !in ) {
+      std::cerr << "ferro-acl: " << path << ": cannot read the scenario file\n";
+      return std::nullopt;
+   }
+   std::ostringstream text;
+   text << in.rdbuf();
+   Result<std::vector<ScenarioEvent>> parsed = parseScenario( text.str(), path );
+   if ( !parsed ) {
+      std::cerr << parsed.error() << '\n';
+      return std::nullopt;
+   }
+   if ( std::optional<std::string> error = checkScenario( parsed.value(), config, path ) ) {
+      std::cerr << *error << '\n';
+      return std::nullopt;
+   }
+   return std::move( parsed.value() );
 }
 
 }  // namespace FerroAcl
