@@ -16,5 +16,6 @@ int showCommand( int argc, char** argv );
 int verifyCommand( int argc, char** argv );
 int applyCommand( int argc, char** argv );
 int diffCommand( int argc, char** argv );
+int classifyCommand( int argc, char** argv );
 
 }  // namespace FerroAcl
