@@ -29,8 +29,9 @@ inline void putBytes( std::string& out, const Frame& bytes ) {
    out.append( bytes.begin(), bytes.end() );
 }
 
+// `snapped` bytes of each packet were on the wire but not captured.
 inline std::string pcapCapture( const std::vector<Frame>& frames,
-                                uint32_t linkType = linkTypeEthernet ) {
+                                uint32_t linkType = linkTypeEthernet, uint32_t snapped = 0 ) {
    std::string out;
    put32( out, 0xA1B2C3D4 );  // microsecond timestamps
    put16( out, 2 );
@@ -44,7 +45,7 @@ inline std::string pcapCapture( const std::vector<Frame>& frames,
       put32( out, seconds++ );
       put32( out, 0 );
       put32( out, uint32_t( frame.size() ) );
-      put32( out, uint32_t( frame.size() ) );
+      put32( out, uint32_t( frame.size() ) + snapped );
       putBytes( out, frame );
    }
    return out;

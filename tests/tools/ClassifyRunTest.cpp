@@ -117,6 +117,14 @@ TEST( ClassifyRun, TextHasALinePerPacketThenTheCounts ) {
        << capture.run.out;
 }
 
+TEST( ClassifyRun, ASnappedPacketSaysHowMuchWasCaptured ) {
+   const CaptureRun capture =
+       classify( pcapCapture( { bgpToSelfIp() }, linkTypeEthernet, 946 ), { "--json" } );
+   ASSERT_EQ( capture.run.exitCode, 0 ) << capture.run.err;
+   EXPECT_EQ( Json::parse( capture.run.out )["packets"][0]["summary"],
+              "BGP 10.0.0.2:52000 > 10.0.0.1:179 (54 of 1000 bytes captured)" );
+}
+
 TEST( ClassifyRun, SummaryOnlyCountsWithoutListing ) {
    const CaptureRun capture = classify( pcapCapture( threePackets ), { "--json", "--summary" } );
    ASSERT_EQ( capture.run.exitCode, 0 ) << capture.run.err;

@@ -62,6 +62,12 @@ TEST( PcapReader, ReadsEveryPacketOfAPcapngInOrder ) {
    EXPECT_EQ( back.error, "" );
 }
 
+TEST( PcapReader, ASnappedPacketKeepsItsLengthOnTheWire ) {
+   const ReadBack back = readAll( pcapCapture( threeFrames, linkTypeEthernet, 100 ) );
+   EXPECT_EQ( back.frames, threeFrames );
+   EXPECT_EQ( back.originalLengths, ( std::vector<uint32_t>{ 160, 164, 1614 } ) );
+}
+
 TEST( PcapReader, AnEmptyCaptureHasNoPackets ) {
    const ReadBack back = readAll( pcapCapture( {} ) );
    EXPECT_TRUE( back.frames.empty() );
