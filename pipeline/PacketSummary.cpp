@@ -46,11 +46,11 @@ struct PortName {
    const char* name;
 };
 constexpr PortName portNames[] = {
-    { kTcp, 179, "BGP" },     { kUdp, 3784, "BFD" },   { kUdp, 3785, "BFD" },
-    { kUdp, 4784, "BFD" },    { kUdp, 646, "LDP" },    { kTcp, 646, "LDP" },
-    { kUdp, 520, "RIP" },     { kUdp, 67, "DHCP" },    { kUdp, 68, "DHCP" },
-    { kUdp, 546, "DHCPv6" },  { kUdp, 547, "DHCPv6" }, { kUdp, 319, "PTP" },
-    { kUdp, 320, "PTP" },     { kUdp, 4739, "IPFIX" }, { kTcp, 4739, "IPFIX" },
+    { kTcp, 179, "BGP" },    { kUdp, 3784, "BFD" },   { kUdp, 3785, "BFD" },
+    { kUdp, 4784, "BFD" },   { kUdp, 646, "LDP" },    { kTcp, 646, "LDP" },
+    { kUdp, 520, "RIP" },    { kUdp, 67, "DHCP" },    { kUdp, 68, "DHCP" },
+    { kUdp, 546, "DHCPv6" }, { kUdp, 547, "DHCPv6" }, { kUdp, 319, "PTP" },
+    { kUdp, 320, "PTP" },    { kUdp, 4739, "IPFIX" }, { kTcp, 4739, "IPFIX" },
 };
 
 const char* portName( uint8_t protocol, uint16_t port ) {
@@ -63,62 +63,88 @@ const char* portName( uint8_t protocol, uint16_t port ) {
 }
 
 constexpr Name ipProtocols[] = {
-    { 1, "ICMP" },   { 2, "IGMP" }, { 6, "TCP" },    { 17, "UDP" },  { 47, "GRE" },
-    { 50, "ESP" },   { 58, "ICMPv6" }, { 89, "OSPF" }, { 103, "PIM" }, { 112, "VRRP" },
-    { 141, "WESP" },
+    { 1, "ICMP" },  { 2, "IGMP" },   { 6, "TCP" },     { 17, "UDP" },
+    { 47, "GRE" },  { 50, "ESP" },   { 58, "ICMPv6" }, { 89, "OSPF" },
+    { 103, "PIM" }, { 112, "VRRP" }, { 141, "WESP" },
 };
 constexpr Name etherTypes[] = {
-    { 0x0800, "IPv4" }, { 0x0806, "ARP" },   { 0x86DD, "IPv6" }, { 0x8809, "slow protocol" },
-    { 0x88CC, "LLDP" }, { 0x888E, "EAPoL" }, { 0x88F7, "PTP" },
+    { 0x0800, "IPv4" },          { 0x0806, "ARP" },  { 0x86DD, "IPv6" },
+    { 0x8809, "slow protocol" }, { 0x88CC, "LLDP" }, { 0x888E, "EAPoL" },
+    { 0x88F7, "PTP" },
 };
 constexpr Name icmpTypes[] = {
-    { 0, "echo reply" },     { 3, "destination unreachable" }, { 5, "redirect" },
-    { 8, "echo request" },   { 9, "router advertisement" },    { 10, "router solicitation" },
-    { 11, "time exceeded" }, { 12, "parameter problem" },
+    { 0, "echo reply" },
+    { 3, "destination unreachable" },
+    { 5, "redirect" },
+    { 8, "echo request" },
+    { 9, "router advertisement" },
+    { 10, "router solicitation" },
+    { 11, "time exceeded" },
+    { 12, "parameter problem" },
 };
 constexpr Name icmpv6Types[] = {
-    { 1, "destination unreachable" },  { 2, "packet too big" },
-    { 3, "time exceeded" },            { 4, "parameter problem" },
-    { 128, "echo request" },           { 129, "echo reply" },
-    { 130, "MLD query" },              { 131, "MLD report" },
-    { 132, "MLD done" },               { 133, "router solicitation" },
-    { 134, "router advertisement" },   { 135, "neighbor solicitation" },
-    { 136, "neighbor advertisement" }, { 137, "redirect" },
+    { 1, "destination unreachable" },
+    { 2, "packet too big" },
+    { 3, "time exceeded" },
+    { 4, "parameter problem" },
+    { 128, "echo request" },
+    { 129, "echo reply" },
+    { 130, "MLD query" },
+    { 131, "MLD report" },
+    { 132, "MLD done" },
+    { 133, "router solicitation" },
+    { 134, "router advertisement" },
+    { 135, "neighbor solicitation" },
+    { 136, "neighbor advertisement" },
+    { 137, "redirect" },
     { 143, "MLDv2 report" },
 };
 constexpr Name ospfTypes[] = {
-    { 1, "hello" }, { 2, "database description" }, { 3, "LS request" }, { 4, "LS update" },
+    { 1, "hello" },      { 2, "database description" },
+    { 3, "LS request" }, { 4, "LS update" },
     { 5, "LS ack" },
 };
 constexpr Name pimTypes[] = {
-    { 0, "hello" }, { 1, "register" }, { 2, "register-stop" }, { 3, "join/prune" },
-    { 4, "bootstrap" }, { 5, "assert" }, { 8, "candidate-RP advertisement" },
+    { 0, "hello" },
+    { 1, "register" },
+    { 2, "register-stop" },
+    { 3, "join/prune" },
+    { 4, "bootstrap" },
+    { 5, "assert" },
+    { 8, "candidate-RP advertisement" },
 };
 constexpr Name igmpTypes[] = {
-    { 0x11, "query" }, { 0x12, "v1 report" }, { 0x16, "v2 report" }, { 0x17, "leave" },
-    { 0x22, "v3 report" },
+    { 0x11, "query" }, { 0x12, "v1 report" }, { 0x16, "v2 report" },
+    { 0x17, "leave" }, { 0x22, "v3 report" },
 };
 constexpr Name ptpTypes[] = {
-    { 0x0, "sync" },          { 0x1, "delay request" },      { 0x2, "peer delay request" },
-    { 0x3, "peer delay response" }, { 0x8, "follow-up" },    { 0x9, "delay response" },
-    { 0xA, "peer delay response follow-up" }, { 0xB, "announce" }, { 0xC, "signaling" },
+    { 0x0, "sync" },
+    { 0x1, "delay request" },
+    { 0x2, "peer delay request" },
+    { 0x3, "peer delay response" },
+    { 0x8, "follow-up" },
+    { 0x9, "delay response" },
+    { 0xA, "peer delay response follow-up" },
+    { 0xB, "announce" },
+    { 0xC, "signaling" },
     { 0xD, "management" },
 };
 constexpr Name isisTypes[] = {
-    { 15, "L1 LAN hello" }, { 16, "L2 LAN hello" }, { 17, "p2p hello" }, { 18, "L1 LSP" },
-    { 20, "L2 LSP" },       { 24, "L1 CSNP" },      { 25, "L2 CSNP" },   { 26, "L1 PSNP" },
-    { 27, "L2 PSNP" },
+    { 15, "L1 LAN hello" }, { 16, "L2 LAN hello" }, { 17, "p2p hello" },
+    { 18, "L1 LSP" },       { 20, "L2 LSP" },       { 24, "L1 CSNP" },
+    { 25, "L2 CSNP" },      { 26, "L1 PSNP" },      { 27, "L2 PSNP" },
 };
-constexpr Name bpduTypes[] = { { 0x00, "STP BPDU" }, { 0x80, "STP TCN BPDU" },
-                               { 0x02, "RSTP BPDU" } };
-constexpr Name slowProtocols[] = { { 1, "LACP" }, { 2, "LACP marker" }, { 3, "Ethernet OAM" } };
-constexpr Name eapolTypes[] = { { 0, "EAPoL EAP" }, { 1, "EAPoL start" }, { 2, "EAPoL logoff" },
-                                { 3, "EAPoL key" } };
+constexpr Name bpduTypes[] = {
+    { 0x00, "STP BPDU" }, { 0x80, "STP TCN BPDU" }, { 0x02, "RSTP BPDU" } };
+constexpr Name slowProtocols[] = {
+    { 1, "LACP" }, { 2, "LACP marker" }, { 3, "Ethernet OAM" } };
+constexpr Name eapolTypes[] = {
+    { 0, "EAPoL EAP" }, { 1, "EAPoL start" }, { 2, "EAPoL logoff" }, { 3, "EAPoL key" } };
 
 // The byte `index` past the last header the parser took apart: the message
 // of a protocol it does not parse.
-std::optional<uint8_t> payloadByte( const ParsedPacket& packet, std::span<const uint8_t> frame,
-                                    size_t index ) {
+std::optional<uint8_t> payloadByte( const ParsedPacket& packet,
+                                    std::span<const uint8_t> frame, size_t index ) {
    if ( packet.layers.empty() ) {
       return std::nullopt;
    }
@@ -201,11 +227,12 @@ std::string describeIp( const ParsedPacket& packet, std::span<const uint8_t> fra
    }
    if ( packet.icmp ) {
       const bool v6 = packet.hasLayer( Layer::Icmpv6 );
-      const char* type =
-          find( v6 ? std::span<const Name>( icmpv6Types ) : icmpTypes, packet.icmp->type );
+      const char* type = find( v6 ? std::span<const Name>( icmpv6Types ) : icmpTypes,
+                               packet.icmp->type );
       const std::string typeText = type ? type
                                         : "type " + std::to_string( packet.icmp->type ) +
-                                              " code " + std::to_string( packet.icmp->code );
+                                              " code " +
+                                              std::to_string( packet.icmp->code );
       return std::string( v6 ? "ICMPv6 " : "ICMP " ) + typeText + " " + route;
    }
    const uint8_t protocol = packet.fields.ipProtocol;
@@ -214,7 +241,8 @@ std::string describeIp( const ParsedPacket& packet, std::span<const uint8_t> fra
       return std::string( family ) + " " + route + " proto " + std::to_string( protocol );
    }
    const std::string type = messageType( packet, frame );
-   std::string text = std::string( name ) + ( type.empty() ? "" : " " + type ) + " " + route;
+   std::string text =
+       std::string( name ) + ( type.empty() ? "" : " " + type ) + " " + route;
    if ( protocol == kVrrp && packet.has( Field::Ttl ) ) {
       text += " ttl " + std::to_string( packet.fields.ttl );
    }
@@ -223,8 +251,8 @@ std::string describeIp( const ParsedPacket& packet, std::span<const uint8_t> fra
 
 std::string describeArp( const ArpFacts& arp ) {
    if ( arp.opcode == 1 && arp.targetIp && arp.senderIp ) {
-      return "ARP request who-has " + toString( IpAddress::ofV4( *arp.targetIp ) ) + " tell " +
-             toString( IpAddress::ofV4( *arp.senderIp ) );
+      return "ARP request who-has " + toString( IpAddress::ofV4( *arp.targetIp ) ) +
+             " tell " + toString( IpAddress::ofV4( *arp.senderIp ) );
    }
    if ( arp.opcode == 2 && arp.senderIp && arp.senderMac ) {
       return "ARP reply " + toString( IpAddress::ofV4( *arp.senderIp ) ) + " is-at " +
@@ -247,7 +275,8 @@ std::string describeLayer2( const ParsedPacket& packet ) {
       return nameOr( bpduTypes, *packet.bpduType, "STP BPDU type" );
    }
    if ( packet.slowProtocolSubtype ) {
-      return nameOr( slowProtocols, *packet.slowProtocolSubtype, "slow protocol subtype" );
+      return nameOr( slowProtocols, *packet.slowProtocolSubtype,
+                     "slow protocol subtype" );
    }
    if ( packet.hasLayer( Layer::Lldp ) ) {
       return "LLDP " + macs( packet );
@@ -276,9 +305,10 @@ std::string describeLayer2( const ParsedPacket& packet ) {
 
 }  // namespace
 
-std::string summarizePacket( const ParsedPacket& packet, std::span<const uint8_t> frame ) {
+std::string summarizePacket( const ParsedPacket& packet,
+                             std::span<const uint8_t> frame ) {
    std::string text = packet.srcIp || packet.srcIp6 ? describeIp( packet, frame )
-                                                     : describeLayer2( packet );
+                                                    : describeLayer2( packet );
    if ( packet.status.outcome != ParseOutcome::Complete ) {
       text += std::string( " [" ) + outcomeName( packet.status.outcome ) + ": " +
               packet.status.reason + "]";

@@ -13,14 +13,17 @@ const MacAddress hostMac = mac( "02:00:00:00:00:02" );
 const MacAddress routerMac = mac( "00:1c:73:00:00:01" );
 const EthernetHeader toRouter{ routerMac, hostMac, {} };
 
-EthernetHeader toMac( const char* dst ) { return { mac( dst ), hostMac, {} }; }
+EthernetHeader toMac( const char* dst ) {
+   return { mac( dst ), hostMac, {} };
+}
 
 Bytes v4( const EthernetHeader& eth, const char* src, const char* dst, uint8_t protocol,
           const Bytes& payload, uint8_t ttl = 64 ) {
-   return ethernetFrame( eth, 0x0800,
-                         ipv4Packet( { .src = ipv4( src ), .dst = ipv4( dst ),
-                                       .protocol = protocol, .ttl = ttl },
-                                     payload ) );
+   return ethernetFrame(
+       eth, 0x0800,
+       ipv4Packet(
+           { .src = ipv4( src ), .dst = ipv4( dst ), .protocol = protocol, .ttl = ttl },
+           payload ) );
 }
 
 Bytes v6( const EthernetHeader& eth, const char* src, const char* dst, uint8_t nextHeader,
@@ -54,13 +57,16 @@ std::vector<SummaryCase> summaryCases() {
    const Bytes lldp( 20, 0 );
    return {
        { "BgpFromThePeer",
-         v4( toRouter, "10.0.0.2", "10.0.0.1", 6, tcpSegment( 179, 52000, TcpFlag::Ack, nothing ) ),
+         v4( toRouter, "10.0.0.2", "10.0.0.1", 6,
+             tcpSegment( 179, 52000, TcpFlag::Ack, nothing ) ),
          "BGP 10.0.0.2:179 > 10.0.0.1:52000" },
        { "BgpToThePeer",
-         v4( toRouter, "10.0.0.2", "10.0.0.1", 6, tcpSegment( 52000, 179, TcpFlag::Syn, nothing ) ),
+         v4( toRouter, "10.0.0.2", "10.0.0.1", 6,
+             tcpSegment( 52000, 179, TcpFlag::Syn, nothing ) ),
          "BGP 10.0.0.2:52000 > 10.0.0.1:179" },
        { "BgpOverIpv6",
-         v6( toRouter, "fe80::2", "fe80::1", 6, tcpSegment( 52000, 179, TcpFlag::Syn, nothing ) ),
+         v6( toRouter, "fe80::2", "fe80::1", 6,
+             tcpSegment( 52000, 179, TcpFlag::Syn, nothing ) ),
          "BGP [fe80::2]:52000 > [fe80::1]:179" },
        { "BfdMultihop",
          v4( toRouter, "10.0.0.2", "10.0.0.1", 17, udpDatagram( 49152, 4784, nothing ) ),
@@ -104,11 +110,9 @@ std::vector<SummaryCase> summaryCases() {
        { "Vrrp",
          v4( toMac( "01:00:5e:00:00:12" ), "10.0.0.2", "224.0.0.18", 112, vrrp, 255 ),
          "VRRP 10.0.0.2 > 224.0.0.18 ttl 255" },
-       { "Gre",
-         v4( toRouter, "10.0.0.2", "10.0.0.1", 47, grePacket( 0x0800, nothing ) ),
+       { "Gre", v4( toRouter, "10.0.0.2", "10.0.0.1", 47, grePacket( 0x0800, nothing ) ),
          "GRE 10.0.0.2 > 10.0.0.1" },
-       { "UnnamedProtocol",
-         v4( toRouter, "10.0.0.2", "10.0.0.1", 200, nothing ),
+       { "UnnamedProtocol", v4( toRouter, "10.0.0.2", "10.0.0.1", 200, nothing ),
          "IPv4 10.0.0.2 > 10.0.0.1 proto 200" },
        { "IcmpEcho",
          v4( toRouter, "10.0.0.2", "10.0.0.1", 1, icmpMessage( 8, 0, Bytes( 4, 0 ) ) ),
@@ -122,8 +126,10 @@ std::vector<SummaryCase> summaryCases() {
          "ICMPv6 neighbor solicitation fe80::2 > ff02::1:ff00:1" },
        { "NonFirstFragment",
          ethernetFrame( toRouter, 0x0800,
-                        ipv4Packet( { .src = ipv4( "10.0.0.2" ), .dst = ipv4( "10.0.0.1" ),
-                                      .protocol = 17, .fragmentOffset = 185 },
+                        ipv4Packet( { .src = ipv4( "10.0.0.2" ),
+                                      .dst = ipv4( "10.0.0.1" ),
+                                      .protocol = 17,
+                                      .fragmentOffset = 185 },
                                     Bytes( 8, 0 ) ) ),
          "IPv4 fragment 10.0.0.2 > 10.0.0.1" },
        { "ArpRequest",
@@ -132,13 +138,14 @@ std::vector<SummaryCase> summaryCases() {
                                    ipv4( "10.0.0.1" ) ) ),
          "ARP request who-has 10.0.0.1 tell 10.0.0.2" },
        { "ArpReply",
-         ethernetFrame( toRouter, 0x0806,
-                        arpPacket( 2, hostMac, ipv4( "10.0.0.2" ), routerMac,
-                                   ipv4( "10.0.0.1" ) ) ),
+         ethernetFrame(
+             toRouter, 0x0806,
+             arpPacket( 2, hostMac, ipv4( "10.0.0.2" ), routerMac, ipv4( "10.0.0.1" ) ) ),
          "ARP reply 10.0.0.2 is-at 02:00:00:00:00:02" },
        { "Lldp", ethernetFrame( toMac( "01:80:c2:00:00:0e" ), 0x88CC, lldp ),
          "LLDP 02:00:00:00:00:02 > 01:80:c2:00:00:0e" },
-       { "StpBpdu", llcFrame( toMac( "01:80:c2:00:00:00" ), 0x42, 0x42, bpdu ), "STP BPDU" },
+       { "StpBpdu", llcFrame( toMac( "01:80:c2:00:00:00" ), 0x42, 0x42, bpdu ),
+         "STP BPDU" },
        { "Lacp",
          ethernetFrame( toMac( "01:80:c2:00:00:02" ), 0x8809,
                         [&] {
@@ -148,7 +155,8 @@ std::vector<SummaryCase> summaryCases() {
                         }() ),
          "LACP" },
        { "PtpSyncOverEthernet",
-         ethernetFrame( toMac( "01:1b:19:00:00:00" ), 0x88F7, ptpMessage( 0, Bytes( 10, 0 ) ) ),
+         ethernetFrame( toMac( "01:1b:19:00:00:00" ), 0x88F7,
+                        ptpMessage( 0, Bytes( 10, 0 ) ) ),
          "PTP sync (L2)" },
        { "PtpDelayRequestOverUdp",
          v4( toMac( "01:00:5e:00:01:81" ), "10.0.0.2", "224.0.1.129", 17,
@@ -188,7 +196,8 @@ TEST_P( PacketSummaryRow, ReadsAsExpected ) {
    EXPECT_EQ( summarizePacket( parsePacket( row.frame ), row.frame ), row.summary );
 }
 
-INSTANTIATE_TEST_SUITE_P( Protocols, PacketSummaryRow, testing::ValuesIn( summaryCases() ),
+INSTANTIATE_TEST_SUITE_P( Protocols, PacketSummaryRow,
+                          testing::ValuesIn( summaryCases() ),
                           []( const testing::TestParamInfo<SummaryCase>& info ) {
                              return std::string( info.param.name );
                           } );

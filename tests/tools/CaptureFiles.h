@@ -31,7 +31,8 @@ inline void putBytes( std::string& out, const Frame& bytes ) {
 
 // `snapped` bytes of each packet were on the wire but not captured.
 inline std::string pcapCapture( const std::vector<Frame>& frames,
-                                uint32_t linkType = linkTypeEthernet, uint32_t snapped = 0 ) {
+                                uint32_t linkType = linkTypeEthernet,
+                                uint32_t snapped = 0 ) {
    std::string out;
    put32( out, 0xA1B2C3D4 );  // microsecond timestamps
    put16( out, 2 );

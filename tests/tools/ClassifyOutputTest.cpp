@@ -59,7 +59,8 @@ PacketReport transit() {
    return report;
 }
 
-std::string print( ClassifyForm form, bool summaryOnly, const std::vector<PacketReport>& reports ) {
+std::string print( ClassifyForm form, bool summaryOnly,
+                   const std::vector<PacketReport>& reports ) {
    std::ostringstream out;
    ClassifyPrinter printer( out, form, summaryOnly );
    for ( const PacketReport& report : reports ) {
@@ -69,29 +70,31 @@ std::string print( ClassifyForm form, bool summaryOnly, const std::vector<Packet
    return out.str();
 }
 
-const std::vector<PacketReport> fourPackets = { bgpTrap(), pimCopy(), aclDrop(), transit() };
+const std::vector<PacketReport> fourPackets = { bgpTrap(), pimCopy(), aclDrop(),
+                                                transit() };
 
 TEST( ClassifyOutput, TextHasALinePerPacketThenTheCounts ) {
-   EXPECT_EQ( print( ClassifyForm::Text, false, fourPackets ),
-              "   1  BGP 10.0.0.2:179 > 10.0.0.1:52000 | ingress: BGP - Dst Port + entry 2001 "
-              "| trap to CPU queue 38, tc 6\n"
-              "   2  PIM hello 10.0.0.2 > 224.0.0.13 | vlan: Link-local | ingress: PIM "
-              "| copy to CPU queue 4, forwarded, class-dest 3, new-class 9\n"
-              "   3  UDP 10.0.0.2:1 > 10.0.0.9:2 | ingress: CPU port drop "
-              "| dropped (ACL drop), egress-class 2\n"
-              "   4  TCP 10.0.0.2:4000 > 10.9.9.9:80 | no entry | forwarded\n"
-              "\n"
-              "4 packets\n"
-              "by CPU queue:\n"
-              "  queue 4: 1\n"
-              "  queue 38: 1\n"
-              "  not to CPU: 2\n"
-              "by rule:\n"
-              "  BGP - Dst Port: 1\n"
-              "  CPU port drop: 1\n"
-              "  Link-local: 1\n"
-              "  PIM: 1\n"
-              "  entry 2001: 1\n" );
+   EXPECT_EQ(
+       print( ClassifyForm::Text, false, fourPackets ),
+       "   1  BGP 10.0.0.2:179 > 10.0.0.1:52000 | ingress: BGP - Dst Port + entry 2001 "
+       "| trap to CPU queue 38, tc 6\n"
+       "   2  PIM hello 10.0.0.2 > 224.0.0.13 | vlan: Link-local | ingress: PIM "
+       "| copy to CPU queue 4, forwarded, class-dest 3, new-class 9\n"
+       "   3  UDP 10.0.0.2:1 > 10.0.0.9:2 | ingress: CPU port drop "
+       "| dropped (ACL drop), egress-class 2\n"
+       "   4  TCP 10.0.0.2:4000 > 10.9.9.9:80 | no entry | forwarded\n"
+       "\n"
+       "4 packets\n"
+       "by CPU queue:\n"
+       "  queue 4: 1\n"
+       "  queue 38: 1\n"
+       "  not to CPU: 2\n"
+       "by rule:\n"
+       "  BGP - Dst Port: 1\n"
+       "  CPU port drop: 1\n"
+       "  Link-local: 1\n"
+       "  PIM: 1\n"
+       "  entry 2001: 1\n" );
 }
 
 TEST( ClassifyOutput, TextSummaryOnlyListsRulesByPacketCount ) {

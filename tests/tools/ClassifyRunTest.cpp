@@ -24,19 +24,22 @@ const MacAddress peerMac = mac( "02:00:00:00:00:02" );
 Frame bgpToSelfIp() {
    return ethernetFrame(
        { routerMac, peerMac, {} }, 0x0800,
-       ipv4Packet( { .src = ipv4( "10.0.0.2" ), .dst = ipv4( "10.0.0.1" ), .protocol = 6 },
-                   tcpSegment( 52000, 179, TcpFlag::Syn, {} ) ) );
+       ipv4Packet(
+           { .src = ipv4( "10.0.0.2" ), .dst = ipv4( "10.0.0.1" ), .protocol = 6 },
+           tcpSegment( 52000, 179, TcpFlag::Syn, {} ) ) );
 }
 
 Frame lldp() {
-   return ethernetFrame( { mac( "01:80:c2:00:00:0e" ), peerMac, {} }, 0x88CC, Bytes( 46, 0 ) );
+   return ethernetFrame( { mac( "01:80:c2:00:00:0e" ), peerMac, {} }, 0x88CC,
+                         Bytes( 46, 0 ) );
 }
 
 Frame transitUdp() {
    return ethernetFrame(
        { routerMac, peerMac, {} }, 0x0800,
-       ipv4Packet( { .src = ipv4( "10.0.0.2" ), .dst = ipv4( "10.9.9.9" ), .protocol = 17 },
-                   udpDatagram( 40000, 5000, Bytes( 20, 0 ) ) ) );
+       ipv4Packet(
+           { .src = ipv4( "10.0.0.2" ), .dst = ipv4( "10.9.9.9" ), .protocol = 17 },
+           udpDatagram( 40000, 5000, Bytes( 20, 0 ) ) ) );
 }
 
 const std::vector<Frame> threePackets = { bgpToSelfIp(), lldp(), transitUdp() };
@@ -58,8 +61,9 @@ CaptureRun classify( const std::string& capture, std::vector<std::string> option
 std::vector<std::string> hitsOf( const Json& packet ) {
    std::vector<std::string> hits;
    for ( const Json& hit : packet["hits"] ) {
-      hits.push_back( hit["stage"].get<std::string>() + ":" + hit["group"].get<std::string>() +
-                      ":" + hit["name"].get<std::string>() );
+      hits.push_back( hit["stage"].get<std::string>() + ":" +
+                      hit["group"].get<std::string>() + ":" +
+                      hit["name"].get<std::string>() );
    }
    return hits;
 }
@@ -113,7 +117,8 @@ TEST( ClassifyRun, TextHasALinePerPacketThenTheCounts ) {
               "   2  LLDP 02:00:00:00:00:02 > 01:80:c2:00:00:0e "
               "| ingress: LLDPDU Priority Elevator | trap to CPU queue 39, tc 13\n"
               "   3  UDP 10.0.0.2:40000 > 10.9.9.9:5000 | no entry | forwarded" );
-   EXPECT_NE( capture.run.out.find( "\n\n3 packets\nby CPU queue:\n" ), std::string::npos )
+   EXPECT_NE( capture.run.out.find( "\n\n3 packets\nby CPU queue:\n" ),
+              std::string::npos )
        << capture.run.out;
 }
 
@@ -126,7 +131,8 @@ TEST( ClassifyRun, ASnappedPacketSaysHowMuchWasCaptured ) {
 }
 
 TEST( ClassifyRun, SummaryOnlyCountsWithoutListing ) {
-   const CaptureRun capture = classify( pcapCapture( threePackets ), { "--json", "--summary" } );
+   const CaptureRun capture =
+       classify( pcapCapture( threePackets ), { "--json", "--summary" } );
    ASSERT_EQ( capture.run.exitCode, 0 ) << capture.run.err;
    const Json document = Json::parse( capture.run.out );
    EXPECT_EQ( document["packets"], Json::array() );
@@ -136,10 +142,11 @@ TEST( ClassifyRun, SummaryOnlyCountsWithoutListing ) {
 
 TEST( ClassifyRun, ATruncatedCaptureReportsThePacketsBeforeItThenFails ) {
    const std::string whole = pcapCapture( threePackets );
-   const CaptureRun capture = classify( whole.substr( 0, whole.size() - 10 ), { "--json" } );
+   const CaptureRun capture =
+       classify( whole.substr( 0, whole.size() - 10 ), { "--json" } );
    EXPECT_EQ( capture.run.exitCode, 2 );
-   EXPECT_EQ( capture.run.err,
-              "ferro-acl: " + capture.path + ": truncated capture: packet record 3 cut short\n" );
+   EXPECT_EQ( capture.run.err, "ferro-acl: " + capture.path +
+                                   ": truncated capture: packet record 3 cut short\n" );
    const Json document = Json::parse( capture.run.out );
    ASSERT_EQ( document["packets"].size(), 2u );
    EXPECT_EQ( document["packets"][1]["fate"]["cpuQueue"], 39 );
@@ -147,16 +154,19 @@ TEST( ClassifyRun, ATruncatedCaptureReportsThePacketsBeforeItThenFails ) {
 }
 
 TEST( ClassifyRun, ANonEthernetCaptureIsRefusedBeforeAnythingRuns ) {
-   const CaptureRun capture = classify( pcapCapture( threePackets, linkTypeLinuxSll ), {} );
+   const CaptureRun capture =
+       classify( pcapCapture( threePackets, linkTypeLinuxSll ), {} );
    EXPECT_EQ( capture.run.exitCode, 2 );
    EXPECT_EQ( capture.run.out, "" );
-   EXPECT_EQ( capture.run.err, "ferro-acl: " + capture.path +
-                                   ": link type LINUX_SLL (Linux cooked v1), expected EN10MB "
-                                   "(Ethernet)\n" );
+   EXPECT_EQ( capture.run.err,
+              "ferro-acl: " + capture.path +
+                  ": link type LINUX_SLL (Linux cooked v1), expected EN10MB "
+                  "(Ethernet)\n" );
 }
 
 TEST( ClassifyRun, ABadIngressPortNamesTheOption ) {
-   const CaptureRun capture = classify( pcapCapture( threePackets ), { "--in-port", "9:1" } );
+   const CaptureRun capture =
+       classify( pcapCapture( threePackets ), { "--in-port", "9:1" } );
    EXPECT_EQ( capture.run.exitCode, 2 );
    EXPECT_EQ( capture.run.out, "" );
    EXPECT_EQ( capture.run.err.rfind( "ferro-acl: --in-port \"9:1\": ", 0 ), 0u )
@@ -167,7 +177,8 @@ TEST( ClassifyRun, AMissingCaptureNamesTheFile ) {
    const ToolRun run = runTool( { "classify", "--pcap", "/nonexistent/capture.pcap" } );
    EXPECT_EQ( run.exitCode, 2 );
    EXPECT_EQ( run.out, "" );
-   EXPECT_EQ( run.err, "ferro-acl: /nonexistent/capture.pcap: No such file or directory\n" );
+   EXPECT_EQ( run.err,
+              "ferro-acl: /nonexistent/capture.pcap: No such file or directory\n" );
 }
 
 }  // namespace

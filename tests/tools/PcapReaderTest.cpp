@@ -87,7 +87,8 @@ TEST( PcapReader, ReportsATruncatedRecordAfterThePacketsBeforeIt ) {
            std::pair{ "pcapng", pcapngCapture( threeFrames ) } } ) {
       SCOPED_TRACE( format );
       const ReadBack back = readAll( capture.substr( 0, capture.size() - 100 ) );
-      EXPECT_EQ( back.frames, std::vector<Frame>( threeFrames.begin(), threeFrames.begin() + 2 ) );
+      EXPECT_EQ( back.frames,
+                 std::vector<Frame>( threeFrames.begin(), threeFrames.begin() + 2 ) );
       EXPECT_EQ( back.error, "truncated capture: packet record 3 cut short" );
    }
 }

@@ -41,14 +41,16 @@ class Progress {
    static constexpr size_t kEvery = 4096;
    void write( const std::string& text ) const {
       // Progress is a courtesy: a terminal that went away loses nothing.
-      [[maybe_unused]] const ssize_t written = ::write( terminal_, text.data(), text.size() );
+      [[maybe_unused]] const ssize_t written =
+          ::write( terminal_, text.data(), text.size() );
    }
 
    int terminal_;
    bool shown_ = false;
 };
 
-std::vector<RuleHit> ruleHits( const Pipeline::Classification& packet, const Agent::Switch& sw ) {
+std::vector<RuleHit> ruleHits( const Pipeline::Classification& packet,
+                               const Agent::Switch& sw ) {
    std::vector<RuleHit> hits;
    const std::pair<const char*, const Sim::StageResult&> stages[] = {
        { "vlan", packet.lookup.vlan }, { "ingress", packet.lookup.ingress } };
@@ -62,7 +64,8 @@ std::vector<RuleHit> ruleHits( const Pipeline::Classification& packet, const Age
    return hits;
 }
 
-std::string summaryOf( const Pipeline::Classification& packet, const CapturedPacket& captured ) {
+std::string summaryOf( const Pipeline::Classification& packet,
+                       const CapturedPacket& captured ) {
    std::string summary = Pipeline::summarizePacket( packet.parsed, captured.bytes );
    if ( captured.bytes.size() < captured.originalLength ) {
       summary += " (" + std::to_string( captured.bytes.size() ) + " of " +
@@ -83,8 +86,9 @@ int classifyCapture( const std::string& path, const Pipeline::SwitchModel& model
    }
    while ( std::optional<CapturedPacket> captured = reader.value().next() ) {
       const Pipeline::Classification packet = model.classify( captured->bytes, ingress );
-      printer.add( PacketReport{ reader.value().packetsRead(), summaryOf( packet, *captured ),
-                                 ruleHits( packet, sw ), packet.fate } );
+      printer.add( PacketReport{ reader.value().packetsRead(),
+                                 summaryOf( packet, *captured ), ruleHits( packet, sw ),
+                                 packet.fate } );
       progress.count( reader.value().packetsRead() );
    }
    progress.clear();
@@ -102,10 +106,12 @@ int classifyCapture( const std::string& path, const Pipeline::SwitchModel& model
 int classifyCommand( int argc, char** argv ) {
    CLI::App app(
        "Brings up a simulated switch and installs the system ACL as show does, then runs "
-       "every packet of a capture through the switch: the VLAN and ingress field-processor "
+       "every packet of a capture through the switch: the VLAN and ingress "
+       "field-processor "
        "stages of the ingress port's unit, with the metadata the chip's earlier stages "
        "give it. Prints per packet a summary, the winning entry of each stage and group, "
-       "and its fate (CPU queue, trap or copy, forwarded or dropped, traffic class, class "
+       "and its fate (CPU queue, trap or copy, forwarded or dropped, traffic class, "
+       "class "
        "ids), then the packets per CPU queue and per rule.",
        "ferro-acl classify" );
    RunOptions options;
@@ -117,17 +123,19 @@ int classifyCommand( int argc, char** argv ) {
        ->type_name( "FILE" );
    addRunOptions( app, options );
    addNetworkOptions( app, network );
-   app.add_flag( "--summary", summaryOnly,
-                 "print only the packets per CPU queue and per rule (for large captures)" );
-   app.footer( "Examples:\n"
-               "  ferro-acl classify --pcap bgp.pcap\n"
-               "  ferro-acl classify --pcap host.pcapng --router-mac any --self-ip 10.0.0.1\n"
-               "  ferro-acl classify --pcap ptp.pcap --apply examples/ptp.scenario\n"
-               "  ferro-acl classify --pcap big.pcap --summary --in-port 1:5\n"
-               "  ferro-acl classify --pcap bgp.pcap --json | jq '.packets[].fate.cpuQueue'\n"
-               "Exit status: 0 every packet classified; 1 the library aborted or the run "
-               "failed; 2 bad options, profile, scenario or capture (a capture that cannot be "
-               "read to its end is reported after the packets before the fault)." );
+   app.add_flag(
+       "--summary", summaryOnly,
+       "print only the packets per CPU queue and per rule (for large captures)" );
+   app.footer(
+       "Examples:\n"
+       "  ferro-acl classify --pcap bgp.pcap\n"
+       "  ferro-acl classify --pcap host.pcapng --router-mac any --self-ip 10.0.0.1\n"
+       "  ferro-acl classify --pcap ptp.pcap --apply examples/ptp.scenario\n"
+       "  ferro-acl classify --pcap big.pcap --summary --in-port 1:5\n"
+       "  ferro-acl classify --pcap bgp.pcap --json | jq '.packets[].fate.cpuQueue'\n"
+       "Exit status: 0 every packet classified; 1 the library aborted or the run "
+       "failed; 2 bad options, profile, scenario or capture (a capture that cannot be "
+       "read to its end is reported after the packets before the fault)." );
    if ( std::optional<int> status = parseCommandLine( app, argc, argv ) ) {
       return *status;
    }
@@ -147,7 +155,7 @@ int classifyCommand( int argc, char** argv ) {
    const bool showProgress =
        ::isatty( STDERR_FILENO ) && ( summaryOnly || !::isatty( STDOUT_FILENO ) );
    const int terminal = showProgress ? ::dup( STDERR_FILENO ) : -1;
-   const ChildOutcome outcome = runInChild( [ & ]( const MessageChannel& channel ) {
+   const ChildOutcome outcome = runInChild( [&]( const MessageChannel& channel ) {
       watchAborts( channel );
       int status = exitOk;
       std::unique_ptr<SimulatedAgent> agent = SimulatedAgent::start( *setup, status );
@@ -160,8 +168,8 @@ int classifyCommand( int argc, char** argv ) {
                                options.json ? ClassifyForm::Json : ClassifyForm::Text,
                                summaryOnly );
       Progress progress( terminal );
-      status = classifyCapture( capture, model, networkSetup->ingress, agent->sw(), printer,
-                                progress );
+      status = classifyCapture( capture, model, networkSetup->ingress, agent->sw(),
+                                printer, progress );
       const int faults = agent->reportFaults();
       return status != exitOk ? status : faults;
    } );

@@ -154,8 +154,10 @@ void ClassifyPrinter::printText( const PacketReport& report ) {
 void ClassifyPrinter::printJson( const PacketReport& report ) {
    Json hits = Json::array();
    for ( const RuleHit& hit : report.hits ) {
-      hits.push_back( Json{
-          { "stage", hit.stage }, { "group", hit.group }, { "id", hit.id }, { "name", hit.name } } );
+      hits.push_back( Json{ { "stage", hit.stage },
+                            { "group", hit.group },
+                            { "id", hit.id },
+                            { "name", hit.name } } );
    }
    const Json packet{ { "index", report.index },
                       { "summary", report.summary },
@@ -191,7 +193,8 @@ void ClassifyPrinter::finishJson() {
    for ( const auto& [rule, packets] : byRule_ ) {
       byRule[rule] = packets;
    }
-   const Json summary{ { "packets", packets_ }, { "byQueue", byQueue }, { "byRule", byRule } };
+   const Json summary{
+       { "packets", packets_ }, { "byQueue", byQueue }, { "byRule", byRule } };
    out_ << ( !summaryOnly_ && packets_ > 0 ? "\n]" : "{\"packets\":[]" )
         << ",\"summary\":" << summary.dump() << "}\n";
 }

@@ -24,7 +24,9 @@ std::string linkTypeName( int linkType ) {
 
 }  // namespace
 
-void PcapReader::Close::operator()( pcap* handle ) const { pcap_close( handle ); }
+void PcapReader::Close::operator()( pcap* handle ) const {
+   pcap_close( handle );
+}
 
 Result<PcapReader> PcapReader::open( const std::string& path ) {
    char errors[PCAP_ERRBUF_SIZE] = "";
@@ -61,9 +63,10 @@ std::optional<CapturedPacket> PcapReader::next() {
    }
    if ( status == PCAP_ERROR ) {
       const std::string message = pcap_geterr( handle_.get() );
-      error_ = truncation( message ) ? "truncated capture: packet record " +
-                                           std::to_string( packetsRead_ + 1 ) + " cut short"
-                                     : message;
+      error_ = truncation( message )
+                   ? "truncated capture: packet record " +
+                         std::to_string( packetsRead_ + 1 ) + " cut short"
+                   : message;
    }
    return std::nullopt;
 }
