@@ -29,16 +29,6 @@ std::vector<uint8_t> bitmapBytes( const bcm_pbmp_t& bitmap, int portCount ) {
    return out;
 }
 
-std::optional<Shim::CompressedField> compressedFieldOf( bcm_field_qualify_t q ) {
-   for ( int f = 0; f < kCompressedCount; ++f ) {
-      const auto field = static_cast<Shim::CompressedField>( f );
-      if ( sdkQualifier( field ) == q ) {
-         return field;
-      }
-   }
-   return std::nullopt;
-}
-
 void fillPlain( const Unit& unit, const CopyState& copy, bcm_field_qualify_t q,
                 QualifierView& view ) {
    switch ( fieldKind( q ) ) {
@@ -64,26 +54,8 @@ void fillPlain( const Unit& unit, const CopyState& copy, bcm_field_qualify_t q,
 
 EntryCopy viewOf( const Unit& unit, const CopyState& copy ) {
    EntryCopy view;
-   std::vector<bcm_field_qualify_t> present;
-   for ( int i = 0; i < kQualifierCount; ++i ) {
-      if ( copy.qualifierRank[i] != 0 ) {
-         present.push_back( static_cast<bcm_field_qualify_t>( i ) );
-      }
-   }
-   std::sort( present.begin(), present.end(), [&]( auto a, auto b ) {
-      return copy.qualifierRank[a] < copy.qualifierRank[b];
-   } );
-   for ( bcm_field_qualify_t q : present ) {
-      QualifierView& qv = view.qualifiers.emplace_back();
-      qv.name = FieldProcessor::qualifierName( q );
-      if ( copy.hasPlain( q ) ) {
-         fillPlain( unit, copy, q, qv );
-      }
-      if ( auto field = compressedFieldOf( q ) ) {
-         const auto& values = copy.compressed[static_cast<size_t>( *field )];
-         qv.isCompressed = !values.empty();
-         qv.compressed = values;
-      }
+   for ( bcm_field_qualify_t q : qualifiersInOrder( copy ) ) {
+      view.qualifiers.push_back( qualifierView( unit, copy, q ) );
    }
 
    std::vector<Shim::FieldAction> actions;
@@ -120,6 +92,44 @@ EntryView entryView( const Unit& unit, const Entry& entry ) {
 }
 
 }  // namespace
+
+std::optional<Shim::CompressedField> compressedFieldOf( bcm_field_qualify_t q ) {
+   for ( int f = 0; f < kCompressedCount; ++f ) {
+      const auto field = static_cast<Shim::CompressedField>( f );
+      if ( sdkQualifier( field ) == q ) {
+         return field;
+      }
+   }
+   return std::nullopt;
+}
+
+std::vector<bcm_field_qualify_t> qualifiersInOrder( const CopyState& copy ) {
+   std::vector<bcm_field_qualify_t> present;
+   for ( int i = 0; i < kQualifierCount; ++i ) {
+      if ( copy.qualifierRank[i] != 0 ) {
+         present.push_back( static_cast<bcm_field_qualify_t>( i ) );
+      }
+   }
+   std::sort( present.begin(), present.end(), [&]( auto a, auto b ) {
+      return copy.qualifierRank[a] < copy.qualifierRank[b];
+   } );
+   return present;
+}
+
+QualifierView qualifierView( const Unit& unit, const CopyState& copy, bcm_field_qualify_t q ) {
+   QualifierView qv;
+   qv.name = FieldProcessor::qualifierName( q );
+   if ( copy.hasPlain( q ) ) {
+      fillPlain( unit, copy, q, qv );
+   }
+   if ( auto field = compressedFieldOf( q ) ) {
+      const auto& values = copy.compressed[static_cast<size_t>( *field )];
+      qv.isCompressed = !values.empty();
+      qv.compressed = values;
+   }
+   return qv;
+}
+
 
 std::vector<EntryView> FieldProcessor::entries( int unit ) const {
    std::lock_guard guard( state_->mutex );

@@ -15,9 +15,6 @@ namespace {
 
 using Shim::FieldAction;
 
-// The packet's value of every word-sized qualifier, in qualifier order.
-using PacketKey = std::array<uint64_t, kQualifierCount>;
-
 uint64_t packMac( const std::array<uint8_t, 6>& mac ) {
    uint64_t value = 0;
    for ( uint8_t byte : mac ) {
@@ -93,42 +90,6 @@ uint64_t keyValue( const Unit& unit, const PacketFields& p, SdkVersion version,
    return 0;
 }
 
-Shim::FieldBytes compressedKey( const PacketFields& p, Shim::CompressedField field ) {
-   Shim::FieldBytes key;
-   auto& b = key.bytes;
-   switch ( field ) {
-      case Shim::CompressedField::IpProtocol:
-         b[0] = p.ipProtocol;
-         break;
-      case Shim::CompressedField::L4SrcPort:
-         b[0] = static_cast<uint8_t>( p.l4SrcPort >> 8 );
-         b[1] = static_cast<uint8_t>( p.l4SrcPort );
-         break;
-      case Shim::CompressedField::L4DstPort:
-         b[0] = static_cast<uint8_t>( p.l4DstPort >> 8 );
-         b[1] = static_cast<uint8_t>( p.l4DstPort );
-         break;
-      case Shim::CompressedField::EtherType:
-         b[0] = static_cast<uint8_t>( p.etherType >> 8 );
-         b[1] = static_cast<uint8_t>( p.etherType );
-         break;
-      case Shim::CompressedField::DstIp:
-         for ( int i = 0; i < 4; ++i ) {
-            b[i] = static_cast<uint8_t>( p.dstIp >> ( 24 - 8 * i ) );
-         }
-         break;
-      case Shim::CompressedField::DstIp6:
-         std::copy( p.dstIp6.begin(), p.dstIp6.end(), b.begin() );
-         break;
-      case Shim::CompressedField::DstMac:
-         std::copy( p.dstMac.begin(), p.dstMac.end(), b.begin() );
-         break;
-      case Shim::CompressedField::Count:
-         break;
-   }
-   return key;
-}
-
 bool ipTypeMatches( SdkVersion version, uint64_t value, Shim::FieldIpType packetType ) {
    const bool v4 = packetType == Shim::FieldIpType::Ipv4Any;
    const bool v6 = packetType == Shim::FieldIpType::Ipv6;
@@ -167,52 +128,128 @@ bool compressedMatches( const std::vector<Shim::CompressedValue>& values,
        } );
 }
 
+}  // namespace
+
+Shim::FieldBytes compressedKey( const PacketFields& p, Shim::CompressedField field ) {
+   Shim::FieldBytes key;
+   auto& b = key.bytes;
+   switch ( field ) {
+      case Shim::CompressedField::IpProtocol:
+         b[0] = p.ipProtocol;
+         break;
+      case Shim::CompressedField::L4SrcPort:
+         b[0] = static_cast<uint8_t>( p.l4SrcPort >> 8 );
+         b[1] = static_cast<uint8_t>( p.l4SrcPort );
+         break;
+      case Shim::CompressedField::L4DstPort:
+         b[0] = static_cast<uint8_t>( p.l4DstPort >> 8 );
+         b[1] = static_cast<uint8_t>( p.l4DstPort );
+         break;
+      case Shim::CompressedField::EtherType:
+         b[0] = static_cast<uint8_t>( p.etherType >> 8 );
+         b[1] = static_cast<uint8_t>( p.etherType );
+         break;
+      case Shim::CompressedField::DstIp:
+         for ( int i = 0; i < 4; ++i ) {
+            b[i] = static_cast<uint8_t>( p.dstIp >> ( 24 - 8 * i ) );
+         }
+         break;
+      case Shim::CompressedField::DstIp6:
+         std::copy( p.dstIp6.begin(), p.dstIp6.end(), b.begin() );
+         break;
+      case Shim::CompressedField::DstMac:
+         std::copy( p.dstMac.begin(), p.dstMac.end(), b.begin() );
+         break;
+      case Shim::CompressedField::Count:
+         break;
+   }
+   return key;
+}
+
+bool plainMatches( const CopyState& copy, bcm_field_qualify_t q, const PacketKey& key,
+                   const PacketFields& p, SdkVersion version ) {
+   switch ( fieldKind( q ) ) {
+      case FieldKind::Ternary:
+      case FieldKind::ModulePort:
+      case FieldKind::StpState:
+      case FieldKind::PacketRes:
+         return ( key[q] & copy.fields[q].mask ) == copy.fields[q].data;
+      case FieldKind::IpType:
+         return ipTypeMatches( version, copy.fields[q].data, p.ipType );
+      case FieldKind::PortBitmap:
+         // Ports outside the mask are don't-care; a port inside it must be in data.
+         return !bcm_pbmp_member( copy.inPortsMask, p.inPort ) ||
+                bcm_pbmp_member( copy.inPortsData, p.inPort );
+      case FieldKind::Ip6:
+         for ( size_t i = 0; i < 16; ++i ) {
+            if ( ( p.dstIp6[i] & copy.ip6Mask[i] ) != copy.ip6Data[i] ) {
+               return false;
+            }
+         }
+         return true;
+      case FieldKind::Stage:
+         return true;
+   }
+   return true;
+}
+
+bool compressedFieldMatches( const CopyState& copy, Shim::CompressedField field,
+                             const PacketFields& p ) {
+   const auto& values = copy.compressed[static_cast<size_t>( field )];
+   return values.empty() || compressedMatches( values, compressedKey( p, field ) );
+}
+
 bool matches( const CopyState& copy, const PacketKey& key, const PacketFields& p,
               SdkVersion version ) {
    for ( uint64_t bits = copy.qualified; bits != 0; bits &= bits - 1 ) {
       const auto q = static_cast<bcm_field_qualify_t>( __builtin_ctzll( bits ) );
-      switch ( fieldKind( q ) ) {
-         case FieldKind::Ternary:
-         case FieldKind::ModulePort:
-         case FieldKind::StpState:
-         case FieldKind::PacketRes:
-            if ( ( key[q] & copy.fields[q].mask ) != copy.fields[q].data ) {
-               return false;
-            }
-            break;
-         case FieldKind::IpType:
-            if ( !ipTypeMatches( version, copy.fields[q].data, p.ipType ) ) {
-               return false;
-            }
-            break;
-         case FieldKind::PortBitmap:
-            // Ports outside the mask are don't-care; a port inside it must be in data.
-            if ( bcm_pbmp_member( copy.inPortsMask, p.inPort ) &&
-                 !bcm_pbmp_member( copy.inPortsData, p.inPort ) ) {
-               return false;
-            }
-            break;
-         case FieldKind::Ip6:
-            for ( size_t i = 0; i < 16; ++i ) {
-               if ( ( p.dstIp6[i] & copy.ip6Mask[i] ) != copy.ip6Data[i] ) {
-                  return false;
-               }
-            }
-            break;
-         case FieldKind::Stage:
-            break;
+      if ( !plainMatches( copy, q, key, p, version ) ) {
+         return false;
       }
    }
    for ( int f = 0; f < kCompressedCount; ++f ) {
-      const auto& values = copy.compressed[static_cast<size_t>( f )];
-      if ( !values.empty() &&
-           !compressedMatches(
-               values, compressedKey( p, static_cast<Shim::CompressedField>( f ) ) ) ) {
+      if ( !compressedFieldMatches( copy, static_cast<Shim::CompressedField>( f ), p ) ) {
          return false;
       }
    }
    return true;
 }
+
+PacketKey packetKey( const Unit& unit, const PacketFields& p, SdkVersion version ) {
+   PacketKey key{};
+   for ( int q = 0; q < kQualifierCount; ++q ) {
+      key[q] = keyValue( unit, p, version, static_cast<bcm_field_qualify_t>( q ) );
+   }
+   return key;
+}
+
+std::vector<const Group*> stageGroups( const Unit& unit, bcm_field_stage_t stage ) {
+   std::vector<const Group*> groups;
+   for ( const auto& [id, group] : unit.groups ) {
+      if ( group.stage == stage ) {
+         groups.push_back( &group );
+      }
+   }
+   std::sort( groups.begin(), groups.end(), []( const Group* a, const Group* b ) {
+      return a->priority != b->priority ? a->priority > b->priority : a->id < b->id;
+   } );
+   return groups;
+}
+
+PacketFields ingressPacket( const PacketFields& packet, const StageResult& vlan ) {
+   PacketFields ingress = packet;
+   if ( vlan.classDest && packet.dstClassL2 == 0 ) {
+      // The VLAN stage's class stands in for the class the L2 lookup did not give.
+      ingress.dstClassL2 = *vlan.classDest;
+   }
+   return ingress;
+}
+
+bool entryBefore( const Entry& a, const Entry& b ) {
+   return a.priority != b.priority ? a.priority > b.priority : a.id < b.id;
+}
+
+namespace {
 
 template <typename T>
 void takeFirst( std::optional<T>& slot, T value ) {
@@ -259,31 +296,19 @@ void apply( const CopyState& copy, StageResult& result ) {
    }
 }
 
+}  // namespace
+
 StageResult lookupStage( const Unit& unit, bcm_field_stage_t stage, const PacketFields& p,
                          SdkVersion version ) {
-   PacketKey key{};
-   for ( int q = 0; q < kQualifierCount; ++q ) {
-      key[q] = keyValue( unit, p, version, static_cast<bcm_field_qualify_t>( q ) );
-   }
-   std::vector<const Group*> groups;
-   for ( const auto& [id, group] : unit.groups ) {
-      if ( group.stage == stage ) {
-         groups.push_back( &group );
-      }
-   }
-   std::sort( groups.begin(), groups.end(), []( const Group* a, const Group* b ) {
-      return a->priority != b->priority ? a->priority > b->priority : a->id < b->id;
-   } );
-
+   const PacketKey key = packetKey( unit, p, version );
    StageResult result;
-   for ( const Group* group : groups ) {
+   for ( const Group* group : stageGroups( unit, stage ) ) {
       const Entry* winner = nullptr;
       for ( const Entry* e : group->entries ) {
          if ( !e->installed || !e->enabled || !matches( e->hardware, key, p, version ) ) {
             continue;
          }
-         if ( winner == nullptr || e->priority > winner->priority ||
-              ( e->priority == winner->priority && e->id < winner->id ) ) {
+         if ( winner == nullptr || entryBefore( *e, *winner ) ) {
             winner = e;
          }
       }
@@ -295,8 +320,6 @@ StageResult lookupStage( const Unit& unit, bcm_field_stage_t stage, const Packet
    return result;
 }
 
-}  // namespace
-
 LookupResult FieldProcessor::lookup( int unit, const PacketFields& packet ) const {
    std::lock_guard guard( state_->mutex );
    LookupResult result;
@@ -306,14 +329,8 @@ LookupResult FieldProcessor::lookup( int unit, const PacketFields& packet ) cons
       return result;
    }
    result.vlan = lookupStage( *u, bcmFieldStageLookup, packet, state_->version );
-   if ( result.vlan.classDest && packet.dstClassL2 == 0 ) {
-      // The VLAN stage's class stands in for the class the L2 lookup did not give.
-      PacketFields ingress = packet;
-      ingress.dstClassL2 = *result.vlan.classDest;
-      result.ingress = lookupStage( *u, bcmFieldStageIngress, ingress, state_->version );
-   } else {
-      result.ingress = lookupStage( *u, bcmFieldStageIngress, packet, state_->version );
-   }
+   result.ingress = lookupStage( *u, bcmFieldStageIngress, ingressPacket( packet, result.vlan ),
+                                 state_->version );
    return result;
 }
 

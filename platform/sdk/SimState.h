@@ -282,6 +282,36 @@ bcm_field_qualify_t sdkQualifier( Shim::CompressedField field );
 int compressedBytes( Shim::CompressedField field );
 bool groupHas( const Group& group, bcm_field_qualify_t q );
 
+// Packet matching (Lookup.cpp), shared by lookup and explain.
+// The packet's value of every word-sized qualifier, in qualifier order.
+using PacketKey = std::array<uint64_t, kQualifierCount>;
+PacketKey packetKey( const Unit& unit, const PacketFields& p, SdkVersion version );
+Shim::FieldBytes compressedKey( const PacketFields& p, Shim::CompressedField field );
+// q's plain value against the packet; true when the copy has none.
+bool plainMatches( const CopyState& copy, bcm_field_qualify_t q, const PacketKey& key,
+                   const PacketFields& p, SdkVersion version );
+// One of the field's compressed values matches; true when it has none.
+bool compressedFieldMatches( const CopyState& copy, Shim::CompressedField field,
+                             const PacketFields& p );
+bool matches( const CopyState& copy, const PacketKey& key, const PacketFields& p,
+              SdkVersion version );
+// One stage of lookup(): each group's winner, their actions merged.
+StageResult lookupStage( const Unit& unit, bcm_field_stage_t stage, const PacketFields& p,
+                         SdkVersion version );
+// The stage's groups, the one that wins a conflict first.
+std::vector<const Group*> stageGroups( const Unit& unit, bcm_field_stage_t stage );
+// The packet as the ingress stage sees it after the VLAN stage.
+PacketFields ingressPacket( const PacketFields& packet, const StageResult& vlan );
+// a is looked at before b: higher priority, then lower id.
+bool entryBefore( const Entry& a, const Entry& b );
+
+// Views (EntryViews.cpp).
+std::optional<Shim::CompressedField> compressedFieldOf( bcm_field_qualify_t q );
+// q of `copy` as a view: its plain value and its compressed values.
+QualifierView qualifierView( const Unit& unit, const CopyState& copy, bcm_field_qualify_t q );
+// The qualifiers of `copy` in the order they were first qualified.
+std::vector<bcm_field_qualify_t> qualifiersInOrder( const CopyState& copy );
+
 // Run-time enumeration tables (Enumerations.cpp).
 bcm_field_action_t actionValue( SdkVersion version, Shim::FieldAction action );
 std::optional<Shim::FieldAction> decodeAction( SdkVersion version, int value );

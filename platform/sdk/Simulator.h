@@ -149,6 +149,34 @@ struct LookupResult {
    StageResult ingress;
 };
 
+// Why a packet hit what it hit: per stage and group, the entries looked at
+// before the one that won (each with its first qualifier that failed) and the
+// winner with every qualifier, each beside the packet's value of the field.
+struct QualifierCheck {
+   QualifierView entry;   // the entry's data and mask, or its compressed values
+   QualifierView packet;  // the packet's value, under a full mask
+   bool matched = false;
+};
+struct EntryCheck {
+   bcm_field_entry_t entry = 0;
+   int priority = 0;
+   bool hit = false;
+   // The winner: every qualifier. A miss: its qualifiers up to and
+   // including the first that failed, in the order they were qualified.
+   std::vector<QualifierCheck> qualifiers;
+};
+struct GroupCheck {
+   bcm_field_group_t group = 0;
+   std::vector<EntryCheck> entries;  // installed, enabled entries in lookup order, up to the winner
+};
+struct StageCheck {
+   std::vector<GroupCheck> groups;  // the group that wins a conflict first
+};
+struct Explanation {
+   StageCheck vlan;
+   StageCheck ingress;
+};
+
 class FieldProcessor : public Shim::Sdk {
   public:
    static FieldProcessor& instance();
@@ -207,6 +235,8 @@ class FieldProcessor : public Shim::Sdk {
    // not part of its copies: prio_set moves an installed entry at once. A
    // packet on a port the unit does not have (now) hits nothing.
    LookupResult lookup( int unit, const PacketFields& packet ) const;
+   // lookup() step by step; empty for a port the unit does not have.
+   Explanation explain( int unit, const PacketFields& packet ) const;
 
    // Shim::Sdk, in the order of Shim.h.
    void preCallHook() override;

@@ -172,13 +172,6 @@ INSTANTIATE_TEST_SUITE_P( Sdk, MatchTest, ::testing::ValuesIn( kMatches ), RowNa
 // ---------------------------------------------------------------------------
 // Compressed fields.
 
-Shim::FieldBytes be16( uint16_t value ) {
-   Shim::FieldBytes b;
-   b.bytes[0] = static_cast<uint8_t>( value >> 8 );
-   b.bytes[1] = static_cast<uint8_t>( value );
-   return b;
-}
-
 class CompressedTest : public SdkFixture {
  protected:
    void SetUp() override {

@@ -110,6 +110,13 @@ void SdkFixture::installTrap( bcm_field_entry_t entry, uint16_t port, uint32_t q
    ASSERT_EQ( 0, sdk.bcm_field_entry_install( kUnit, entry ) );
 }
 
+Shim::FieldBytes be16( uint16_t value ) {
+   Shim::FieldBytes b;
+   b.bytes[0] = static_cast<uint8_t>( value >> 8 );
+   b.bytes[1] = static_cast<uint8_t>( value );
+   return b;
+}
+
 Sim::PacketFields SdkFixture::udpTo( uint16_t port ) {
    Sim::PacketFields packet;
    packet.etherType = 0x0800;

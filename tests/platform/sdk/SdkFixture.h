@@ -23,6 +23,8 @@ bcm_field_qset_t qsetOf( std::initializer_list<bcm_field_qualify_t> qualifiers )
 bcm_field_qset_t ingressQset();  // StageIngress and every real qualifier
 bcm_pbmp_t portsOf( std::initializer_list<int> ports );
 bcm_pbmp_t portRange( int first, int last );
+// A 16-bit value as a compressed field's bytes (network order).
+Shim::FieldBytes be16( uint16_t value );
 
 // Everything the views of a unit's entries hold, as text, to compare whole states.
 std::string describe( int unit );
