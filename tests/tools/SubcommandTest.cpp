@@ -148,7 +148,7 @@ TEST( Subcommands, UsageErrorsExitTwoNamingTheField ) {
    const std::pair<std::vector<std::string>, std::string> cases[] = {
        { { "frobnicate" },
          "ferro-acl: unknown command \"frobnicate\"; expected one of show, verify, apply, diff, "
-         "copp, or an option of show\nRun with --help for more information.\n" },
+         "classify, copp, or an option of show\nRun with --help for more information.\n" },
        { { "verify", "--tamper", "Nope:Ttl=3" },
          "ferro-acl: --tamper 'Nope:Ttl=3': no entry is named \"Nope\"; expected a rule "
          "name as show prints it\n" },
@@ -183,7 +183,7 @@ TEST( Subcommands, UsageErrorsExitTwoNamingTheField ) {
 }
 
 TEST( Subcommands, HelpShowsExamplesOfEach ) {
-   for ( const char* command : { "show", "verify", "apply", "diff", "copp" } ) {
+   for ( const char* command : { "show", "verify", "apply", "diff", "classify", "copp" } ) {
       const ToolRun run = runTool( { command, "--help" } );
       EXPECT_EQ( run.exitCode, 0 ) << command;
       EXPECT_NE( run.out.find( std::string( "Examples:\n  ferro-acl " ) ), std::string::npos )
@@ -191,5 +191,6 @@ TEST( Subcommands, HelpShowsExamplesOfEach ) {
    }
    const ToolRun overview = runTool( { "--help" } );
    EXPECT_EQ( overview.exitCode, 0 );
-   EXPECT_NE( overview.out.find( "\n  verify  " ), std::string::npos ) << overview.out;
+   EXPECT_NE( overview.out.find( "\n  verify    install" ), std::string::npos ) << overview.out;
+   EXPECT_NE( overview.out.find( "\n  classify  install" ), std::string::npos ) << overview.out;
 }

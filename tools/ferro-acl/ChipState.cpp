@@ -29,14 +29,9 @@ EntryState entryState(
    entry.installed = view.installed;
    entry.enabled = view.enabled;
    const U32 id = U32( view.id );
-   if ( sw.groupManager ) {
-      if ( auto manager = sw.groupManager->managerForEntry( id ) ) {
-         entry.group = manager->name();
-         if ( const TcamEntryRecord* record = manager->record( unit, id ) ) {
-            entry.name = record->ruleName;
-         }
-      }
-   }
+   EntryOwner owner = entryOwner( sw, unit, id );
+   entry.group = std::move( owner.group );
+   entry.name = std::move( owner.name );
    for ( const Sim::QualifierView& qualifier : view.software.qualifiers ) {
       entry.qualifiers.push_back( describeQualifier( qualifier ) );
    }
@@ -71,6 +66,19 @@ bool freePoolSlot( const Sim::EntryView& view, U16 unit, const Agent::Switch& sw
 }
 
 }  // namespace
+
+EntryOwner entryOwner( const Agent::Switch& sw, U16 unit, U32 id ) {
+   EntryOwner owner;
+   if ( sw.groupManager ) {
+      if ( auto manager = sw.groupManager->managerForEntry( id ) ) {
+         owner.group = manager->name();
+         if ( const TcamEntryRecord* record = manager->record( unit, id ) ) {
+            owner.name = record->ruleName;
+         }
+      }
+   }
+   return owner;
+}
 
 ChipState collectChipState( const Agent::Switch& sw,
                             const FerroTcamSystemAcl::HelperBase& helper,

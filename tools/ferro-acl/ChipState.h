@@ -55,6 +55,14 @@ struct ChipState {
    std::vector<SkippedState> skipped;
 };
 
+// The entry's owning manager and the rule name it recorded, as show names
+// every entry; empty strings where no manager owns it or none recorded a name.
+struct EntryOwner {
+   std::string group;
+   std::string name;
+};
+EntryOwner entryOwner( const Agent::Switch& sw, U16 unit, U32 id );
+
 // Call once the plan has run: a unit counts as verified when its planned
 // verifications returned.
 ChipState collectChipState( const Agent::Switch& sw,

@@ -16,6 +16,7 @@ int showCommand( int argc, char** argv );
 int verifyCommand( int argc, char** argv );
 int applyCommand( int argc, char** argv );
 int diffCommand( int argc, char** argv );
+int classifyCommand( int argc, char** argv );
 int coppCommand( int argc, char** argv );
 
 }  // namespace FerroAcl

@@ -19,6 +19,8 @@ const Subcommand subcommands[] = {
     { "apply", "install, then run a scenario of configuration events and print what each "
                "changed", applyCommand },
     { "diff", "compare the system ACLs of two chip profiles", diffCommand },
+    { "classify", "install, then run the packets of a capture through the switch and say "
+                  "what each hits and where it goes", classifyCommand },
     { "copp", "install, then send the canonical control-plane packets into each unit and "
               "print what each hit and its fate", coppCommand },
 };
@@ -28,7 +30,7 @@ void printOverview() {
                 "libFerroTcamSystemAclHelper.so installs it.\n\n"
                 "Usage: ferro-acl [COMMAND] [OPTIONS]\n\nCommands:\n";
    for ( const Subcommand& command : subcommands ) {
-      std::cout << "  " << command.name << std::string( 8 - std::strlen( command.name ), ' ' )
+      std::cout << "  " << command.name << std::string( 10 - std::strlen( command.name ), ' ' )
                 << command.summary << '\n';
    }
    std::cout << "\nWithout a command, ferro-acl runs show with the options given.\n"
