@@ -236,15 +236,6 @@ std::vector<const Group*> stageGroups( const Unit& unit, bcm_field_stage_t stage
    return groups;
 }
 
-PacketFields ingressPacket( const PacketFields& packet, const StageResult& vlan ) {
-   PacketFields ingress = packet;
-   if ( vlan.classDest && packet.dstClassL2 == 0 ) {
-      // The VLAN stage's class stands in for the class the L2 lookup did not give.
-      ingress.dstClassL2 = *vlan.classDest;
-   }
-   return ingress;
-}
-
 bool entryBefore( const Entry& a, const Entry& b ) {
    return a.priority != b.priority ? a.priority > b.priority : a.id < b.id;
 }
@@ -329,8 +320,7 @@ LookupResult FieldProcessor::lookup( int unit, const PacketFields& packet ) cons
       return result;
    }
    result.vlan = lookupStage( *u, bcmFieldStageLookup, packet, state_->version );
-   result.ingress = lookupStage( *u, bcmFieldStageIngress, ingressPacket( packet, result.vlan ),
-                                 state_->version );
+   result.ingress = lookupStage( *u, bcmFieldStageIngress, packet, state_->version );
    return result;
 }
 

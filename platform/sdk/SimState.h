@@ -300,8 +300,6 @@ StageResult lookupStage( const Unit& unit, bcm_field_stage_t stage, const Packet
                          SdkVersion version );
 // The stage's groups, the one that wins a conflict first.
 std::vector<const Group*> stageGroups( const Unit& unit, bcm_field_stage_t stage );
-// The packet as the ingress stage sees it after the VLAN stage.
-PacketFields ingressPacket( const PacketFields& packet, const StageResult& vlan );
 // a is looked at before b: higher priority, then lower id.
 bool entryBefore( const Entry& a, const Entry& b );
 

@@ -144,8 +144,10 @@ struct StageResult {
    std::optional<uint32_t> classDest;  // ClassDestSet (VLAN stage)
 };
 struct LookupResult {
-   StageResult vlan;     // looked up first; its ClassDestSet feeds the ingress
-                         // DstClassL2 qualifier when the L2 lookup gave no class
+   // Looked up first. Its ClassDestSet is the VLAN stage's own class field:
+   // the ingress stage's L2 destination class comes from the L2 table alone,
+   // so the class is written (and reported) but no ingress qualifier here reads it.
+   StageResult vlan;
    StageResult ingress;
 };
 

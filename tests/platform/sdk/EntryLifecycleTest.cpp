@@ -116,12 +116,15 @@ TEST_F( EntryLifecycleTest, HigherGroupWinsSingleValuedActionsFlagsAccumulate ) 
    EXPECT_TRUE( r.drop );
 }
 
-TEST_F( EntryLifecycleTest, VlanClassFeedsIngressDstClassL2OnlyWithoutL2Class ) {
+// The VLAN stage's class is its own field: an ingress entry on the L2
+// destination class reads the L2 table's class, never the VLAN stage's.
+TEST_F( EntryLifecycleTest, VlanClassIsWrittenButNotTheL2Class ) {
    const bcm_mac_t mac = { 0x00, 0x1c, 0x73, 0x00, 0x00, 0x01 };
    const bcm_mac_t exact = { 0xff, 0xff, 0xff, 0xff, 0xff, 0xff };
    createEntry( 50, kVlan );
    ASSERT_EQ( 0, sdk.bcm_field_qualify_DstMac( kUnit, 50, mac, exact ) );
    ASSERT_EQ( 0, addAction( 50, bcmFieldActionClassDestSet, 16 ) );
+   ASSERT_EQ( 0, sdk.bcm_field_entry_install( kUnit, 50 ) );
    createEntry( 100 );
    ASSERT_EQ( 0, sdk.bcm_field_qualify_DstClassL2( kUnit, 100, 16, 0xff ) );
    ASSERT_EQ( 0, addAction( 100, bcmFieldActionCosQCpuNew, 7 ) );
@@ -129,13 +132,11 @@ TEST_F( EntryLifecycleTest, VlanClassFeedsIngressDstClassL2OnlyWithoutL2Class ) 
 
    Sim::PacketFields packet = udpTo( 80 );
    std::copy( std::begin( mac ), std::end( mac ), packet.dstMac.begin() );
-   EXPECT_THAT( ingressHits( packet ), IsEmpty() );  // the VLAN entry is not installed
-   ASSERT_EQ( 0, sdk.bcm_field_entry_install( kUnit, 50 ) );
    const Sim::LookupResult r = fp.lookup( kUnit, packet );
    EXPECT_EQ( 16u, r.vlan.classDest );
-   EXPECT_EQ( 7u, r.ingress.cpuQueue );
-   packet.dstClassL2 = 3;  // the L2 lookup's class takes precedence
-   EXPECT_THAT( ingressHits( packet ), IsEmpty() );
+   EXPECT_THAT( r.ingress.hits, IsEmpty() );
+   packet.dstClassL2 = 16;  // the L2 table's class
+   EXPECT_THAT( ingressHits( packet ), ElementsAre( 100 ) );
 }
 
 TEST_F( EntryLifecycleTest, ViewsListEntriesByIdAndQualifiersInFirstQualifiedOrder ) {
