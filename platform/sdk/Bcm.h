@@ -98,6 +98,7 @@ enum bcm_field_qualify_t : int {
    bcmFieldQualifyInterfaceClassPort,
    bcmFieldQualifyDstClassL2,
    bcmFieldQualifyDstClassL3,
+   bcmFieldQualifyDstClassField,  // the class the VLAN stage wrote (ClassDestSet)
    bcmFieldQualifyDstL3EgressNextHops,
    bcmFieldQualifyL2CacheHit,
    bcmFieldQualifyL3Routable,

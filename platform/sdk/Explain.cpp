@@ -102,7 +102,9 @@ Explanation FieldProcessor::explain( int unit, const PacketFields& packet ) cons
       return result;
    }
    result.vlan = explainStage( *u, bcmFieldStageLookup, packet, state_->version );
-   result.ingress = explainStage( *u, bcmFieldStageIngress, packet, state_->version );
+   const StageResult vlan = lookupStage( *u, bcmFieldStageLookup, packet, state_->version );
+   result.ingress = explainStage( *u, bcmFieldStageIngress, ingressPacket( packet, vlan ),
+                                  state_->version );
    return result;
 }
 

@@ -44,6 +44,7 @@ int fieldBits( const Unit& unit, bcm_field_qualify_t q ) {
       case bcmFieldQualifyInterfaceClassVPort:
       case bcmFieldQualifyInterfaceClassPort:
       case bcmFieldQualifyDstClassL2:
+      case bcmFieldQualifyDstClassField:
          return unit.config.classIdBits;
       case bcmFieldQualifyDstClassL3:
          return 10;
@@ -158,6 +159,8 @@ const char* FieldProcessor::qualifierName( bcm_field_qualify_t q ) {
          return "DstClassL2";
       case bcmFieldQualifyDstClassL3:
          return "DstClassL3";
+      case bcmFieldQualifyDstClassField:
+         return "DstClassField";
       case bcmFieldQualifyDstL3EgressNextHops:
          return "DstL3EgressNextHops";
       case bcmFieldQualifyL2CacheHit:

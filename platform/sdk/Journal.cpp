@@ -176,6 +176,7 @@ ArgWriter& ArgWriter::fieldData( bcm_field_qualify_t q, uint64_t value ) {
       case bcmFieldQualifyInterfaceClassPort:
       case bcmFieldQualifyDstClassL2:
       case bcmFieldQualifyDstClassL3:
+      case bcmFieldQualifyDstClassField:
       case bcmFieldQualifyDstL3EgressNextHops:
       case bcmFieldQualifyL2CacheHit:
       case bcmFieldQualifyL3Routable:

@@ -70,6 +70,8 @@ uint64_t keyValue( const Unit& unit, const PacketFields& p, SdkVersion version,
          return p.dstClassL2;
       case bcmFieldQualifyDstClassL3:
          return p.dstClassL3;
+      case bcmFieldQualifyDstClassField:
+         return p.dstClassField;
       case bcmFieldQualifyDstL3EgressNextHops:
          return p.dstL3EgressNextHop;
       case bcmFieldQualifyL2CacheHit:
@@ -236,6 +238,14 @@ std::vector<const Group*> stageGroups( const Unit& unit, bcm_field_stage_t stage
    return groups;
 }
 
+PacketFields ingressPacket( const PacketFields& packet, const StageResult& vlan ) {
+   PacketFields ingress = packet;
+   if ( vlan.classDest ) {
+      ingress.dstClassField = *vlan.classDest;
+   }
+   return ingress;
+}
+
 bool entryBefore( const Entry& a, const Entry& b ) {
    return a.priority != b.priority ? a.priority > b.priority : a.id < b.id;
 }
@@ -320,7 +330,8 @@ LookupResult FieldProcessor::lookup( int unit, const PacketFields& packet ) cons
       return result;
    }
    result.vlan = lookupStage( *u, bcmFieldStageLookup, packet, state_->version );
-   result.ingress = lookupStage( *u, bcmFieldStageIngress, packet, state_->version );
+   result.ingress = lookupStage( *u, bcmFieldStageIngress, ingressPacket( packet, result.vlan ),
+                                 state_->version );
    return result;
 }
 

@@ -242,6 +242,7 @@ FERRO_SIM_QUALIFIER( InterfaceClassVPort, uint32 )
 FERRO_SIM_QUALIFIER( InterfaceClassPort, uint32 )
 FERRO_SIM_QUALIFIER( DstClassL2, uint32 )
 FERRO_SIM_QUALIFIER( DstClassL3, uint32 )
+FERRO_SIM_QUALIFIER( DstClassField, uint32 )
 FERRO_SIM_QUALIFIER( DstL3EgressNextHops, uint32 )
 FERRO_SIM_QUALIFIER( PacketRes, uint32 )
 #undef FERRO_SIM_QUALIFIER

@@ -199,6 +199,7 @@ class Sdk {
    FERRO_SDK_QUALIFIER( InterfaceClassPort, uint32 )
    FERRO_SDK_QUALIFIER( DstClassL2, uint32 )
    FERRO_SDK_QUALIFIER( DstClassL3, uint32 )
+   FERRO_SDK_QUALIFIER( DstClassField, uint32 )
    FERRO_SDK_QUALIFIER( DstL3EgressNextHops, uint32 )
    FERRO_SDK_QUALIFIER( PacketRes, uint32 )
 #undef FERRO_SDK_QUALIFIER

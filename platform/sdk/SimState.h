@@ -267,6 +267,7 @@ constexpr FieldKind fieldKind( bcm_field_qualify_t q ) {
       case bcmFieldQualifyInterfaceClassPort:
       case bcmFieldQualifyDstClassL2:
       case bcmFieldQualifyDstClassL3:
+      case bcmFieldQualifyDstClassField:
       case bcmFieldQualifyDstL3EgressNextHops:
       case bcmFieldQualifyL2CacheHit:
       case bcmFieldQualifyL3Routable:
@@ -300,6 +301,8 @@ StageResult lookupStage( const Unit& unit, bcm_field_stage_t stage, const Packet
                          SdkVersion version );
 // The stage's groups, the one that wins a conflict first.
 std::vector<const Group*> stageGroups( const Unit& unit, bcm_field_stage_t stage );
+// The packet as the ingress stage sees it: with the VLAN stage's class.
+PacketFields ingressPacket( const PacketFields& packet, const StageResult& vlan );
 // a is looked at before b: higher priority, then lower id.
 bool entryBefore( const Entry& a, const Entry& b );
 

@@ -123,6 +123,7 @@ struct PacketFields {
    uint32_t interfaceClassVPort = 0;
    uint32_t dstClassL2 = 0;
    uint32_t dstClassL3 = 0;
+   uint32_t dstClassField = 0;  // the VLAN stage's class; lookup sets it from that stage
    uint32_t dstL3EgressNextHop = 0;
 };
 
@@ -144,9 +145,8 @@ struct StageResult {
    std::optional<uint32_t> classDest;  // ClassDestSet (VLAN stage)
 };
 struct LookupResult {
-   // Looked up first. Its ClassDestSet is the VLAN stage's own class field:
-   // the ingress stage's L2 destination class comes from the L2 table alone,
-   // so the class is written (and reported) but no ingress qualifier here reads it.
+   // Looked up first. Its ClassDestSet is the class field the ingress stage
+   // reads as DstClassField; the L2 destination class stays the L2 table's.
    StageResult vlan;
    StageResult ingress;
 };
@@ -357,6 +357,7 @@ class FieldProcessor : public Shim::Sdk {
    FERRO_SIM_QUALIFIER( InterfaceClassPort, uint32 )
    FERRO_SIM_QUALIFIER( DstClassL2, uint32 )
    FERRO_SIM_QUALIFIER( DstClassL3, uint32 )
+   FERRO_SIM_QUALIFIER( DstClassField, uint32 )
    FERRO_SIM_QUALIFIER( DstL3EgressNextHops, uint32 )
    FERRO_SIM_QUALIFIER( PacketRes, uint32 )
 #undef FERRO_SIM_QUALIFIER

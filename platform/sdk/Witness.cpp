@@ -383,6 +383,7 @@ class Search {
          case bcmFieldQualifyInterfaceClassVPort: p.interfaceClassVPort = uint32_t( v ); break;
          case bcmFieldQualifyDstClassL2: p.dstClassL2 = uint32_t( v ); break;
          case bcmFieldQualifyDstClassL3: p.dstClassL3 = uint32_t( v ); break;
+         case bcmFieldQualifyDstClassField: p.dstClassField = uint32_t( v ); break;
          case bcmFieldQualifyDstL3EgressNextHops: p.dstL3EgressNextHop = uint32_t( v ); break;
          case bcmFieldQualifyL2CacheHit: p.l2CacheHit = v != 0; break;
          case bcmFieldQualifyL3Routable: p.l3Routable = v != 0; break;

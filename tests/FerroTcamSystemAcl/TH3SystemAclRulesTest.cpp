@@ -228,7 +228,7 @@ TEST_F( TH3ClassRules, TheIngressStageMatchesTheWrittenClass ) {
    installAll();
    const U32 entry = Agent::ManagerLayout::l3Base;
    ASSERT_EQ( sw_->l3Manager->getEntry( 0, entry, "OSPF by class", {} ), entry );
-   ASSERT_EQ( Shim::sdk_->bcm_field_qualify_DstClassL2( 0, entry, 3, 0xFF ), 0 );
+   ASSERT_EQ( Shim::sdk_->bcm_field_qualify_DstClassField( 0, entry, 3, 0xFF ), 0 );
    ASSERT_EQ( Shim::sdk_->bcm_field_action_add( 0, entry, bcmFieldActionCosQCpuNew, 37, 0 ), 0 );
    ASSERT_EQ( sw_->l3Manager->installEntry( 0, entry ), 0 );
 

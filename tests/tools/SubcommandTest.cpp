@@ -163,7 +163,8 @@ TEST( Subcommands, UsageErrorsExitTwoNamingTheField ) {
          "CopyToCpu, CosQCpuNew, PrioIntNew, Drop, SwitchToCpuCancel, ClassDestSet, "
          "NewClassId, EgressClassSelect, Ttl, IpProtocol, L4SrcPort, L4DstPort, EtherType, "
          "DSCP, OuterVlanPri, IngressStpState, HiGig, L2CacheHit, L3Routable, DstClassL2, "
-         "DstClassL3, InterfaceClassL2, InterfaceClassPort, InterfaceClassVPort, InPorts\n" },
+         "DstClassL3, DstClassField, InterfaceClassL2, InterfaceClassPort, InterfaceClassVPort, "
+         "InPorts\n" },
        { { "verify", "--tamper", "PIM:-CopyToCpu" },
          "ferro-acl: --tamper 'PIM:-CopyToCpu': the entry has no CopyToCpu action; "
          "expected one of its actions\n" },

@@ -40,6 +40,7 @@ const ScalarQualifier scalarQualifiers[] = {
     FERRO_SCALAR( L3Routable, uint8, 0x1, std::nullopt ),
     FERRO_SCALAR( DstClassL2, uint32, 0xffffffff, std::nullopt ),
     FERRO_SCALAR( DstClassL3, uint32, 0xffffffff, std::nullopt ),
+    FERRO_SCALAR( DstClassField, uint32, 0xffffffff, std::nullopt ),
     FERRO_SCALAR( InterfaceClassL2, uint32, 0xffffffff, std::nullopt ),
     FERRO_SCALAR( InterfaceClassPort, uint32, 0xffffffff, std::nullopt ),
     FERRO_SCALAR( InterfaceClassVPort, uint32, 0xffffffff, std::nullopt ),

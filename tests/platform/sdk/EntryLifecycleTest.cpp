@@ -116,9 +116,9 @@ TEST_F( EntryLifecycleTest, HigherGroupWinsSingleValuedActionsFlagsAccumulate ) 
    EXPECT_TRUE( r.drop );
 }
 
-// The VLAN stage's class is its own field: an ingress entry on the L2
-// destination class reads the L2 table's class, never the VLAN stage's.
-TEST_F( EntryLifecycleTest, VlanClassIsWrittenButNotTheL2Class ) {
+// The VLAN stage's class is its own field (DstClassField): an ingress entry
+// on the L2 destination class reads the L2 table's class, never the VLAN stage's.
+TEST_F( EntryLifecycleTest, VlanClassIsItsOwnFieldNotTheL2Class ) {
    const bcm_mac_t mac = { 0x00, 0x1c, 0x73, 0x00, 0x00, 0x01 };
    const bcm_mac_t exact = { 0xff, 0xff, 0xff, 0xff, 0xff, 0xff };
    createEntry( 50, kVlan );
@@ -129,14 +129,17 @@ TEST_F( EntryLifecycleTest, VlanClassIsWrittenButNotTheL2Class ) {
    ASSERT_EQ( 0, sdk.bcm_field_qualify_DstClassL2( kUnit, 100, 16, 0xff ) );
    ASSERT_EQ( 0, addAction( 100, bcmFieldActionCosQCpuNew, 7 ) );
    ASSERT_EQ( 0, sdk.bcm_field_entry_install( kUnit, 100 ) );
+   createEntry( 101, kIngressHigh );
+   ASSERT_EQ( 0, sdk.bcm_field_qualify_DstClassField( kUnit, 101, 16, 0xff ) );
+   ASSERT_EQ( 0, sdk.bcm_field_entry_install( kUnit, 101 ) );
 
    Sim::PacketFields packet = udpTo( 80 );
    std::copy( std::begin( mac ), std::end( mac ), packet.dstMac.begin() );
    const Sim::LookupResult r = fp.lookup( kUnit, packet );
    EXPECT_EQ( 16u, r.vlan.classDest );
-   EXPECT_THAT( r.ingress.hits, IsEmpty() );
+   EXPECT_THAT( ingressHits( packet ), ElementsAre( 101 ) );
    packet.dstClassL2 = 16;  // the L2 table's class
-   EXPECT_THAT( ingressHits( packet ), ElementsAre( 100 ) );
+   EXPECT_THAT( ingressHits( packet ), ElementsAre( 101, 100 ) );
 }
 
 TEST_F( EntryLifecycleTest, ViewsListEntriesByIdAndQualifiersInFirstQualifiedOrder ) {
