@@ -148,7 +148,7 @@ TEST( Subcommands, UsageErrorsExitTwoNamingTheField ) {
    const std::pair<std::vector<std::string>, std::string> cases[] = {
        { { "frobnicate" },
          "ferro-acl: unknown command \"frobnicate\"; expected one of show, verify, apply, diff, "
-         "classify, copp, or an option of show\nRun with --help for more information.\n" },
+         "classify, audit, copp, or an option of show\nRun with --help for more information.\n" },
        { { "verify", "--tamper", "Nope:Ttl=3" },
          "ferro-acl: --tamper 'Nope:Ttl=3': no entry is named \"Nope\"; expected a rule "
          "name as show prints it\n" },
@@ -184,7 +184,7 @@ TEST( Subcommands, UsageErrorsExitTwoNamingTheField ) {
 }
 
 TEST( Subcommands, HelpShowsExamplesOfEach ) {
-   for ( const char* command : { "show", "verify", "apply", "diff", "classify", "copp" } ) {
+   for ( const char* command : { "show", "verify", "apply", "diff", "classify", "audit", "copp" } ) {
       const ToolRun run = runTool( { command, "--help" } );
       EXPECT_EQ( run.exitCode, 0 ) << command;
       EXPECT_NE( run.out.find( std::string( "Examples:\n  ferro-acl " ) ), std::string::npos )

@@ -17,6 +17,7 @@ int verifyCommand( int argc, char** argv );
 int applyCommand( int argc, char** argv );
 int diffCommand( int argc, char** argv );
 int classifyCommand( int argc, char** argv );
+int auditCommand( int argc, char** argv );
 int coppCommand( int argc, char** argv );
 
 }  // namespace FerroAcl

@@ -21,6 +21,8 @@ const Subcommand subcommands[] = {
     { "diff", "compare the system ACLs of two chip profiles", diffCommand },
     { "classify", "install, then run the packets of a capture through the switch and say "
                   "what each hits and where it goes", classifyCommand },
+    { "audit", "install, then find a packet that hits each entry, or what shadows it",
+      auditCommand },
     { "copp", "install, then send the canonical control-plane packets into each unit and "
               "print what each hit and its fate", coppCommand },
 };
