@@ -169,3 +169,55 @@ TEST( CaptureClassify, PcapngClassifiesLikeItsSources ) {
 
 }  // namespace
 }  // namespace FerroAclTest
+
+namespace FerroAclTest {
+namespace {
+
+// --explain on a BGP packet to the switch: the entry hit with every qualifier
+// matched, and the IS-IS and CPU-port entries looked at first with the
+// qualifier each failed on.
+TEST( CaptureClassify, ExplainNamesTheHitAndTheHigherEntriesMissed ) {
+   const Json result = classify( "bgp.pcap", { "--explain" } );
+   const Json& packet = result["packets"][0];
+   ASSERT_NE( packet["summary"].get<std::string>().find( "> 10.0.0.1:179" ), std::string::npos );
+   const Json& explain = packet["explain"];
+   const Json* l3 = nullptr;
+   for ( const Json& group : explain["groups"] ) {
+      if ( group["group"] == "L3 control" ) {
+         l3 = &group;
+      }
+   }
+   ASSERT_NE( l3, nullptr );
+   std::map<std::string, Json> entries;
+   for ( const Json& entry : ( *l3 )["entries"] ) {
+      entries[entry["name"]] = entry;
+   }
+   const Json& bgp = entries["BGP - Dst Port"];
+   EXPECT_EQ( bgp["hit"], true );
+   EXPECT_EQ( bgp["qualifiers"],
+              Json::parse( R"([
+                 {"qualifier":"dst-class-l3","packet":"1","entry":"1","matched":true},
+                 {"qualifier":"l4-dst-port","packet":"179","entry":"179","matched":true},
+                 {"qualifier":"ip-protocol","packet":"6","entry":"6","matched":true}])" ) );
+   EXPECT_EQ( entries["ISIS IS-L1L2 Entry Fp Ports"]["qualifiers"],
+              Json::parse( R"([{"qualifier":"dst-mac","packet":"00:1c:73:00:00:01",
+                                "entry":"01:80:c2:00:00:14/ff:ff:ff:ff:ff:fe","matched":false}])" ) );
+   EXPECT_EQ( entries["ISIS ALL-IS Entry Cpu Ports"]["hit"], false );
+   EXPECT_EQ( entries["Redirect packets from CPU to CPU drop queue"]["qualifiers"],
+              Json::parse( R"([{"qualifier":"in-ports","packet":"1","entry":"0","matched":false}])" ) );
+   // The winner is the last entry of its group: nothing after it is looked at.
+   EXPECT_EQ( ( *l3 )["entries"].back()["name"], "BGP - Dst Port" );
+   EXPECT_EQ( explain["cpuReasons"], Json::parse( R"(["self IP"])" ) );
+   EXPECT_EQ( explain["queueFrom"], "\"BGP - Dst Port\"" );
+
+   const ToolRun text = runTool( { "classify", "--pcap", capture( "bgp.pcap" ), "--explain" } );
+   EXPECT_NE( text.out.find( "        miss 1028 \"Redirect packets from CPU to CPU drop queue\" "
+                             "(priority 252): in-ports 1 is not 0\n" ),
+              std::string::npos )
+       << text.out;
+   EXPECT_NE( text.out.find( "      to CPU because: self IP; queue from \"BGP - Dst Port\"\n" ),
+              std::string::npos );
+}
+
+}  // namespace
+}  // namespace FerroAclTest

@@ -9,7 +9,6 @@
 #include "tools/ferro-acl/ClassifyOutput.h"
 
 using namespace FerroAcl;
-using Json = nlohmann::json;
 using Pipeline::CpuDelivery;
 
 namespace {

@@ -78,7 +78,7 @@ std::string summaryOf( const Pipeline::Classification& packet,
 // that cannot be read to its end is reported after what it held.
 int classifyCapture( const std::string& path, const Pipeline::SwitchModel& model,
                      const Pipeline::PortRef& ingress, const Agent::Switch& sw,
-                     ClassifyPrinter& printer, Progress& progress ) {
+                     ClassifyPrinter& printer, Progress& progress, bool explain ) {
    Result<PcapReader> reader = PcapReader::open( path );
    if ( !reader ) {
       std::cerr << "ferro-acl: " << path << ": " << reader.error() << '\n';
@@ -86,9 +86,12 @@ int classifyCapture( const std::string& path, const Pipeline::SwitchModel& model
    }
    while ( std::optional<CapturedPacket> captured = reader.value().next() ) {
       const Pipeline::Classification packet = model.classify( captured->bytes, ingress );
-      printer.add( PacketReport{ reader.value().packetsRead(),
-                                 summaryOf( packet, *captured ), ruleHits( packet, sw ),
-                                 packet.fate } );
+      PacketReport report{ reader.value().packetsRead(), summaryOf( packet, *captured ),
+                           ruleHits( packet, sw ), packet.fate, std::nullopt };
+      if ( explain ) {
+         report.explain = explainPacket( sw, packet );
+      }
+      printer.add( report );
       progress.count( reader.value().packetsRead() );
    }
    progress.clear();
@@ -118,6 +121,7 @@ int classifyCommand( int argc, char** argv ) {
    NetworkOptions network;
    std::string capture;
    bool summaryOnly = false;
+   bool explain = false;
    app.add_option( "--pcap", capture, "the capture, pcap or pcapng, of Ethernet frames" )
        ->required()
        ->type_name( "FILE" );
@@ -126,12 +130,17 @@ int classifyCommand( int argc, char** argv ) {
    app.add_flag(
        "--summary", summaryOnly,
        "print only the packets per CPU queue and per rule (for large captures)" );
+   app.add_flag( "--explain", explain,
+                 "say why: per group the entry hit with each qualifier beside the packet's "
+                 "value, every entry looked at before it with the qualifier that failed, and "
+                 "where the fate came from" );
    app.footer(
        "Examples:\n"
        "  ferro-acl classify --pcap bgp.pcap\n"
        "  ferro-acl classify --pcap host.pcapng --router-mac any --self-ip 10.0.0.1\n"
        "  ferro-acl classify --pcap ptp.pcap --apply examples/ptp.scenario\n"
        "  ferro-acl classify --pcap big.pcap --summary --in-port 1:5\n"
+       "  ferro-acl classify --pcap bgp.pcap --explain\n"
        "  ferro-acl classify --pcap bgp.pcap --json | jq '.packets[].fate.cpuQueue'\n"
        "Exit status: 0 every packet classified; 1 the library aborted or the run "
        "failed; 2 bad options, profile, scenario or capture (a capture that cannot be "
@@ -169,7 +178,7 @@ int classifyCommand( int argc, char** argv ) {
                                summaryOnly );
       Progress progress( terminal );
       status = classifyCapture( capture, model, networkSetup->ingress, agent->sw(),
-                                printer, progress );
+                                printer, progress, explain );
       const int faults = agent->reportFaults();
       return status != exitOk ? status : faults;
    } );

@@ -149,6 +149,9 @@ void ClassifyPrinter::count( const PacketReport& report ) {
 void ClassifyPrinter::printText( const PacketReport& report ) {
    out_ << std::setw( 4 ) << report.index << "  " << report.summary << " | "
         << hitsText( report.hits ) << " | " << fateText( report.fate ) << '\n';
+   if ( report.explain ) {
+      printExplain( out_, *report.explain );
+   }
 }
 
 void ClassifyPrinter::printJson( const PacketReport& report ) {
@@ -159,10 +162,13 @@ void ClassifyPrinter::printJson( const PacketReport& report ) {
                             { "id", hit.id },
                             { "name", hit.name } } );
    }
-   const Json packet{ { "index", report.index },
-                      { "summary", report.summary },
-                      { "hits", hits },
-                      { "fate", fateJson( report.fate ) } };
+   Json packet{ { "index", report.index },
+                { "summary", report.summary },
+                { "hits", hits },
+                { "fate", fateJson( report.fate ) } };
+   if ( report.explain ) {
+      packet["explain"] = explainJson( *report.explain );
+   }
    out_ << ( packets_ == 1 ? "{\"packets\":[\n" : ",\n" ) << packet.dump();
 }
 

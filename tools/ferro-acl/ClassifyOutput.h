@@ -10,11 +10,13 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "pipeline/Fate.h"
+#include "tools/ferro-acl/ExplainReport.h"
 
 namespace FerroAcl {
 
@@ -30,6 +32,7 @@ struct PacketReport {
    std::string summary;
    std::vector<RuleHit> hits;  // the VLAN stage's first; per stage, highest group first
    Pipeline::Fate fate;
+   std::optional<ExplainReport> explain;  // with --explain
 };
 
 enum class ClassifyForm : uint8_t { Text, Json };
