@@ -70,6 +70,37 @@ TEST( CoppCommand, TextFitsTheTerminal ) {
        << run.out;
 }
 
+// --explain adds, per packet, the entry hit qualifier by qualifier and the
+// entries missed before it, and says where the fate came from.
+TEST( CoppCommand, ExplainSaysWhyEachPacketLandedWhereItDid ) {
+   const ToolRun run = runTool( { "copp", "--json", "--explain", "--in-port", "0:1" } );
+   ASSERT_EQ( run.exitCode, 0 ) << run.err;
+   const Json matrix = Json::parse( run.out );
+   for ( const Json& packet : matrix["units"][0]["packets"] ) {
+      if ( packet["name"] != "VRRP - TTL 254" ) {
+         continue;
+      }
+      const Json& explain = packet["explain"];
+      bool vrrpMissedOnTtl = false;
+      for ( const Json& group : explain["groups"] ) {
+         for ( const Json& entry : group["entries"] ) {
+            if ( entry["name"] == "VRRP" ) {
+               EXPECT_EQ( entry["hit"], false );
+               EXPECT_EQ( entry["qualifiers"],
+                          Json::parse( R"([{"qualifier":"ttl","packet":"254","entry":"255",)"
+                                       R"("matched":false}])" ) );
+               vrrpMissedOnTtl = true;
+            }
+         }
+      }
+      EXPECT_TRUE( vrrpMissedOnTtl );
+      EXPECT_EQ( explain["cpuReasons"], Json::parse( R"(["link-local multicast on a routed VLAN"])" ) );
+      EXPECT_EQ( explain["queueFrom"], "the network's default" );
+      return;
+   }
+   ADD_FAILURE() << "no VRRP - TTL 254 packet";
+}
+
 TEST( CoppCommand, BadNetworkOptionExitsTwo ) {
    const ToolRun run = runTool( { "copp", "--self-ip", "224.0.0.5" } );
    EXPECT_EQ( run.exitCode, 2 );

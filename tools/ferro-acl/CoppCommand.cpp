@@ -55,6 +55,10 @@ int coppCommand( int argc, char** argv ) {
    NetworkOptions networkOptions;
    addRunOptions( app, options );
    addNetworkOptions( app, networkOptions );
+   bool explain = false;
+   app.add_flag( "--explain", explain,
+                 "after the matrix, say for each packet why: the entries hit and missed "
+                 "qualifier by qualifier, and where its fate came from" );
    app.footer(
        "Examples:\n"
        "  ferro-acl copp                             the default two-unit switch\n"
@@ -62,6 +66,7 @@ int coppCommand( int argc, char** argv ) {
        "  ferro-acl copp --json | jq '.units[0].packets[] | {name, cpuQueue}'\n"
        "  ferro-acl copp --in-port 0:9 --self-ip 10.0.9.1\n"
        "  ferro-acl copp --apply examples/pim-copy.scenario\n"
+       "  ferro-acl copp --explain --in-port 0:1\n"
        "Exit status: 0 shown; 1 the library aborted or the run failed; 2 bad "
        "options, profile, network or scenario." );
    if ( std::optional<int> status = parseCommandLine( app, argc, argv ) ) {
@@ -91,7 +96,7 @@ int coppCommand( int argc, char** argv ) {
       for ( const Pipeline::PortRef& ingress : ingresses ) {
          for ( const UnitState& unit : state.units ) {
             if ( unit.unit == ingress.unit ) {
-               units.push_back( coppUnit( model, agent->sw(), unit, ingress ) );
+               units.push_back( coppUnit( model, agent->sw(), unit, ingress, explain ) );
             }
          }
       }

@@ -31,7 +31,8 @@ std::vector<CoppHit> namedHits( const Sim::LookupResult& lookup, const UnitState
 CoppRow coppRow( const Pipeline::SwitchModel& model,
                  const Pipeline::CanonicalPacket& packet, const UnitState& unit ) {
    const Pipeline::Classification c = model.classify( packet.bytes, packet.ingress );
-   return CoppRow{ packet.name, packet.ingress, namedHits( c.lookup, unit ), c.fate };
+   return CoppRow{ packet.name, packet.ingress, namedHits( c.lookup, unit ), c.fate,
+                   std::nullopt };
 }
 
 std::optional<Pipeline::PortRef> firstRoutedPortOf(
@@ -54,11 +55,15 @@ std::optional<Pipeline::PortRef> ipfixInPortOf( const Agent::Switch& sw, uint16_
 }
 
 CoppUnit coppUnit( const Pipeline::SwitchModel& model, const Agent::Switch& sw,
-                   const UnitState& unit, const Pipeline::PortRef& ingress ) {
+                   const UnitState& unit, const Pipeline::PortRef& ingress, bool explain ) {
    CoppUnit result{ uint16_t( unit.unit ), ingress, {} };
    for ( const Pipeline::CanonicalPacket& packet : Pipeline::canonicalPackets(
              model.network(), ingress, ipfixInPortOf( sw, ingress.unit ) ) ) {
       result.rows.push_back( coppRow( model, packet, unit ) );
+      if ( explain ) {
+         result.rows.back().explain =
+             explainPacket( sw, model.classify( packet.bytes, packet.ingress ) );
+      }
    }
    return result;
 }

@@ -11,6 +11,7 @@
 #include "pipeline/CanonicalPackets.h"
 #include "pipeline/SwitchModel.h"
 #include "tools/ferro-acl/ChipState.h"
+#include "tools/ferro-acl/ExplainReport.h"
 
 namespace FerroAcl {
 
@@ -26,6 +27,7 @@ struct CoppRow {
    Pipeline::PortRef ingress;
    std::vector<CoppHit> hits;  // VLAN stage first, then ingress; highest group first
    Pipeline::Fate fate;
+   std::optional<ExplainReport> explain;  // with --explain
 };
 
 struct CoppUnit {
@@ -48,8 +50,9 @@ std::optional<Pipeline::PortRef> firstRoutedPortOf(
 // The port the chip's IPFIX rule takes packets from, when it has one.
 std::optional<Pipeline::PortRef> ipfixInPortOf( const Agent::Switch& sw, uint16_t unit );
 
-// Every canonical packet into `ingress`, classified.
+// Every canonical packet into `ingress`, classified, and explained when asked.
 CoppUnit coppUnit( const Pipeline::SwitchModel& model, const Agent::Switch& sw,
-                   const UnitState& unit, const Pipeline::PortRef& ingress );
+                   const UnitState& unit, const Pipeline::PortRef& ingress,
+                   bool explain = false );
 
 }  // namespace FerroAcl

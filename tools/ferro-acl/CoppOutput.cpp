@@ -96,6 +96,12 @@ void printUnit( std::ostream& out, const CoppUnit& unit ) {
                       reasonsCell( fate ) } );
    }
    table.print( out );
+   for ( const CoppRow& row : unit.rows ) {
+      if ( row.explain ) {
+         out << "\n  " << row.packet << ":\n";
+         printExplain( out, *row.explain );
+      }
+   }
 }
 
 Json optionalJson( const std::optional<uint32_t>& value ) {
@@ -119,7 +125,7 @@ Json rowJson( const CoppRow& row ) {
                             { "rule", hit.rule } } );
    }
    const Pipeline::Fate& fate = row.fate;
-   return Json{ { "name", row.packet },
+   Json json{ { "name", row.packet },
                 { "ingress", Pipeline::toString( row.ingress ) },
                 { "hits", hits },
                 { "toCpu", Pipeline::deliveryName( fate.toCpu ) },
@@ -133,6 +139,10 @@ Json rowJson( const CoppRow& row ) {
                 { "classDest", optionalJson( fate.classDest ) },
                 { "newClassId", optionalJson( fate.newClassId ) },
                 { "egressClassSelect", optionalJson( fate.egressClassSelect ) } };
+   if ( row.explain ) {
+      json["explain"] = explainJson( *row.explain );
+   }
+   return json;
 }
 
 }  // namespace
