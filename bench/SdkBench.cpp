@@ -127,6 +127,30 @@ void BM_QualifyCall( benchmark::State& state ) {
 }
 BENCHMARK( BM_QualifyCall );
 
+// The audit's cost: a witness for every entry of a group of N entries, each
+// looked at behind all those before it. The witness search is quadratic in
+// the entries of a group (it misses every earlier entry on some field), so
+// s/witness grows about linearly with N.
+void BM_WitnessEveryEntryOfAGroup( benchmark::State& state ) {
+   const int entries = static_cast<int>( state.range( 0 ) );
+   freshUnit();
+   for ( int i = 0; i < entries; ++i ) {
+      programEntry( 1000 + i, kLowGroup, static_cast<uint16_t>( 1000 + i ) );
+      check( Shim::sdk_->bcm_field_entry_prio_set( kUnit, 1000 + i, entries - i ) );
+   }
+   const Sim::FieldProcessor& fp = Sim::FieldProcessor::instance();
+   for ( auto _ : state ) {
+      for ( int i = 0; i < entries; ++i ) {
+         benchmark::DoNotOptimize( fp.witness( kUnit, 1000 + i ) );
+      }
+   }
+   state.counters["s/witness"] =
+       benchmark::Counter( static_cast<double>( state.iterations() ) * entries,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert );
+}
+BENCHMARK( BM_WitnessEveryEntryOfAGroup )->Arg( 16 )->Arg( 64 )->Arg( 256 )->Unit(
+    benchmark::kMillisecond );
+
 }  // namespace
 
 BENCHMARK_MAIN();
