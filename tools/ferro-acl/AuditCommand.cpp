@@ -5,7 +5,6 @@
 
 #include <iostream>
 
-#include "tools/ferro-acl/AbortWatch.h"
 #include "tools/ferro-acl/Audit.h"
 #include "tools/ferro-acl/ExitStatus.h"
 #include "tools/ferro-acl/JsonText.h"
@@ -29,8 +28,8 @@ std::string ipv6Text( const std::array<uint8_t, 16>& address ) {
 
 std::string macText( const std::array<uint8_t, 6>& mac ) {
    char text[18];
-   std::snprintf( text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2],
-                  mac[3], mac[4], mac[5] );
+   std::snprintf( text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1],
+                  mac[2], mac[3], mac[4], mac[5] );
    return text;
 }
 
@@ -125,7 +124,8 @@ void printUnit( std::ostream& out, U16 unit, const std::vector<AuditFinding>& fi
 int auditCommand( int argc, char** argv ) {
    CLI::App app(
        "Brings up a simulated switch and installs the system ACL as show does, then, for "
-       "every installed and enabled entry of every unit, builds a witness packet from the "
+       "every installed and enabled entry of every unit, builds a witness packet from "
+       "the "
        "entries' data and masks (one that matches the entry and no entry its group looks "
        "at first) and looks it up to confirm the hit. Entries without a witness are "
        "listed with the entries that shadow them or their own contradicting qualifiers; "
@@ -133,12 +133,13 @@ int auditCommand( int argc, char** argv ) {
        "ferro-acl audit" );
    RunOptions options;
    addRunOptions( app, options );
-   app.footer( "Examples:\n"
-               "  ferro-acl audit                            the default two-unit switch\n"
-               "  ferro-acl audit --profile profiles/th3-vlan-class.json --json\n"
-               "Exit status: 0 every entry has a witness or is shadowed by design; 1 an "
-               "entry is shadowed or unmatchable and not by design, or the library "
-               "aborted; 2 bad options or profile." );
+   app.footer(
+       "Examples:\n"
+       "  ferro-acl audit                            the default two-unit switch\n"
+       "  ferro-acl audit --profile profiles/th3-vlan-class.json --json\n"
+       "Exit status: 0 every entry has a witness or is shadowed by design; 1 an "
+       "entry is shadowed or unmatchable and not by design, or the library "
+       "aborted; 2 bad options or profile." );
    if ( std::optional<int> status = parseCommandLine( app, argc, argv ) ) {
       return *status;
    }
@@ -146,17 +147,12 @@ int auditCommand( int argc, char** argv ) {
    if ( !setup ) {
       return exitUsage;
    }
-   const ChildOutcome outcome = runInChild( [&]( const MessageChannel& channel ) {
-      watchAborts( channel );
+   const ChildOutcome outcome = runInstalled( *setup, [&]( SimulatedAgent& agent,
+                                                           const MessageChannel& ) {
       int status = exitOk;
-      std::unique_ptr<SimulatedAgent> agent = SimulatedAgent::start( *setup, status );
-      if ( !agent ) {
-         return status;
-      }
-      agent->install( channel );
       Json units = Json::array();
       for ( const Agent::UnitSpec& spec : setup->config.units ) {
-         const std::vector<AuditFinding> findings = auditUnit( agent->sw(), spec.unit );
+         const std::vector<AuditFinding> findings = auditUnit( agent.sw(), spec.unit );
          if ( std::any_of( findings.begin(), findings.end(),
                            []( const AuditFinding& f ) { return f.unexplained(); } ) ) {
             status = exitFailure;
@@ -175,7 +171,7 @@ int auditCommand( int argc, char** argv ) {
          std::cout << Json{ { "units", units } }.dump( 2 ) << '\n';
       }
       std::cout.flush();
-      return std::max( status, agent->reportFaults() );
+      return std::max( status, agent.reportFaults() );
    } );
    return finishRun( outcome, setup->plan );
 }

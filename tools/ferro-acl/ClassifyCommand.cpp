@@ -5,7 +5,6 @@
 #include <iostream>
 
 #include "pipeline/PacketSummary.h"
-#include "tools/ferro-acl/AbortWatch.h"
 #include "tools/ferro-acl/ClassifyOutput.h"
 #include "tools/ferro-acl/ExitStatus.h"
 #include "tools/ferro-acl/NetworkOptions.h"
@@ -130,10 +129,11 @@ int classifyCommand( int argc, char** argv ) {
    app.add_flag(
        "--summary", summaryOnly,
        "print only the packets per CPU queue and per rule (for large captures)" );
-   app.add_flag( "--explain", explain,
-                 "say why: per group the entry hit with each qualifier beside the packet's "
-                 "value, every entry looked at before it with the qualifier that failed, and "
-                 "where the fate came from" );
+   app.add_flag(
+       "--explain", explain,
+       "say why: per group the entry hit with each qualifier beside the packet's "
+       "value, every entry looked at before it with the qualifier that failed, and "
+       "where the fate came from" );
    app.footer(
        "Examples:\n"
        "  ferro-acl classify --pcap bgp.pcap\n"
@@ -164,24 +164,19 @@ int classifyCommand( int argc, char** argv ) {
    const bool showProgress =
        ::isatty( STDERR_FILENO ) && ( summaryOnly || !::isatty( STDOUT_FILENO ) );
    const int terminal = showProgress ? ::dup( STDERR_FILENO ) : -1;
-   const ChildOutcome outcome = runInChild( [&]( const MessageChannel& channel ) {
-      watchAborts( channel );
-      int status = exitOk;
-      std::unique_ptr<SimulatedAgent> agent = SimulatedAgent::start( *setup, status );
-      if ( !agent ) {
-         return status;
-      }
-      agent->install( channel );
-      const Pipeline::SwitchModel model = startModel( *networkSetup, *agent );
-      ClassifyPrinter printer( std::cout,
-                               options.json ? ClassifyForm::Json : ClassifyForm::Text,
-                               summaryOnly );
-      Progress progress( terminal );
-      status = classifyCapture( capture, model, networkSetup->ingress, agent->sw(),
-                                printer, progress, explain );
-      const int faults = agent->reportFaults();
-      return status != exitOk ? status : faults;
-   } );
+   const ChildOutcome outcome =
+       runInstalled( *setup, [&]( SimulatedAgent& agent, const MessageChannel& ) {
+          int status = exitOk;
+          const Pipeline::SwitchModel model = startModel( *networkSetup, agent );
+          ClassifyPrinter printer( std::cout,
+                                   options.json ? ClassifyForm::Json : ClassifyForm::Text,
+                                   summaryOnly );
+          Progress progress( terminal );
+          status = classifyCapture( capture, model, networkSetup->ingress, agent.sw(),
+                                    printer, progress, explain );
+          const int faults = agent.reportFaults();
+          return status != exitOk ? status : faults;
+       } );
    if ( terminal >= 0 ) {
       ::close( terminal );
    }

@@ -3,7 +3,6 @@
 // and where it went.
 #include <iostream>
 
-#include "tools/ferro-acl/AbortWatch.h"
 #include "tools/ferro-acl/CoppOutput.h"
 #include "tools/ferro-acl/ExitStatus.h"
 #include "tools/ferro-acl/NetworkOptions.h"
@@ -39,17 +38,14 @@ std::vector<Pipeline::PortRef> ingressPorts( const NetworkSetup& network,
 int coppCommand( int argc, char** argv ) {
    CLI::App app(
        "Brings up a simulated switch and installs the system ACL as show does, then "
-       "sends "
-       "the canonical control-plane packets (BGP, OSPF, IS-IS, PIM, VRRP, BFD, LACP, "
-       "LLDP, "
-       "STP, PTP, EAPoL, glean, self-IP elevators, IPFIX, ND, MLD, DHCP, MLAG, IGMP, "
-       "ARP, "
-       "LDP, RIP) into each unit through the switch model and prints, per packet, the "
-       "entries it hit, whether it reaches the CPU as a trap or a copy, on which queue "
-       "and "
-       "traffic class, and whether it is forwarded or dropped. Addresses come from the "
-       "profile's network: the ingress interface's own address, a resolved neighbour, an "
-       "unresolved host of the connected subnet, the router MAC.",
+       "sends the canonical control-plane packets (BGP, OSPF, IS-IS, PIM, VRRP, BFD, "
+       "LACP, LLDP, STP, PTP, EAPoL, glean, self-IP elevators, IPFIX, ND, MLD, DHCP, "
+       "MLAG, IGMP, ARP, LDP, RIP) into each unit through the switch model and prints, "
+       "per packet, the entries it hit, whether it reaches the CPU as a trap or a copy, "
+       "on which queue and traffic class, and whether it is forwarded or dropped. "
+       "Addresses come from the profile's network: the ingress interface's own address, "
+       "a resolved neighbour, an unresolved host of the connected subnet, the router "
+       "MAC.",
        "ferro-acl copp" );
    RunOptions options;
    NetworkOptions networkOptions;
@@ -82,21 +78,15 @@ int coppCommand( int argc, char** argv ) {
    }
    const std::vector<Pipeline::PortRef> ingresses =
        ingressPorts( *network, networkOptions, setup->config );
-   const ChildOutcome outcome = runInChild( [&]( const MessageChannel& channel ) {
-      watchAborts( channel );
-      int status = exitOk;
-      std::unique_ptr<SimulatedAgent> agent = SimulatedAgent::start( *setup, status );
-      if ( !agent ) {
-         return status;
-      }
-      agent->install( channel );
-      const Pipeline::SwitchModel model = startModel( *network, *agent );
-      const ChipState state = agent->state();
+   const ChildOutcome outcome = runInstalled( *setup, [&]( SimulatedAgent& agent,
+                                                           const MessageChannel& ) {
+      const Pipeline::SwitchModel model = startModel( *network, agent );
+      const ChipState state = agent.state();
       std::vector<CoppUnit> units;
       for ( const Pipeline::PortRef& ingress : ingresses ) {
          for ( const UnitState& unit : state.units ) {
             if ( unit.unit == ingress.unit ) {
-               units.push_back( coppUnit( model, agent->sw(), unit, ingress, explain ) );
+               units.push_back( coppUnit( model, agent.sw(), unit, ingress, explain ) );
             }
          }
       }
@@ -106,7 +96,7 @@ int coppCommand( int argc, char** argv ) {
          printCopp( std::cout, units );
       }
       std::cout.flush();
-      return agent->reportFaults();
+      return agent.reportFaults();
    } );
    return finishRun( outcome, setup->plan );
 }

@@ -3,7 +3,6 @@
 // print how their system ACLs differ unit by unit.
 #include <iostream>
 
-#include "tools/ferro-acl/AbortWatch.h"
 #include "tools/ferro-acl/AgentProgress.h"
 #include "tools/ferro-acl/ChipStateDiff.h"
 #include "tools/ferro-acl/ChipStateJson.h"
@@ -21,17 +20,12 @@ std::optional<nlohmann::ordered_json> installedState( AgentSetup& setup,
                                                       int& status ) {
    setup.helperLibrary = helperLibrary;
    setup.plan = planBringup( setup.config, {} );
-   const ChildOutcome outcome = runInChild( [&]( const MessageChannel& channel ) {
-      watchAborts( channel );
-      int started = exitOk;
-      std::unique_ptr<SimulatedAgent> agent = SimulatedAgent::start( setup, started );
-      if ( !agent ) {
-         return started;
-      }
-      agent->install( channel );
-      channel.send( AgentProgress::stateMessage( chipStateJson( agent->state() ).dump() ) );
-      return exitOk;
-   } );
+   const ChildOutcome outcome =
+       runInstalled( setup, [&]( SimulatedAgent& agent, const MessageChannel& channel ) {
+          channel.send(
+              AgentProgress::stateMessage( chipStateJson( agent.state() ).dump() ) );
+          return exitOk;
+       } );
    const AgentProgress progress = AgentProgress::read( outcome.messages );
    status = finishRun( outcome, setup.plan );
    if ( status != exitOk || !progress.state ) {
@@ -58,23 +52,24 @@ int diffCommand( int argc, char** argv ) {
        ->allow_extra_args( false )
        ->required();
    app.add_flag( "--json", json, "print the difference as JSON" );
-   app.add_option( "--helper-lib", helperLibrary,
-                   "the helper library to load (default: " + defaultHelperLibraryPath() +
-                       ")" )
+   app.add_option(
+          "--helper-lib", helperLibrary,
+          "the helper library to load (default: " + defaultHelperLibraryPath() + ")" )
        ->type_name( "PATH" );
-   app.footer( "Examples:\n"
-               "  ferro-acl diff --profile profiles/default.json "
-               "--profile profiles/th3-vlan-class.json\n"
-               "  ferro-acl diff --profile profiles/default.json "
-               "--profile profiles/vxlan-core-l2.json --json\n"
-               "Exit status: 0 identical; 1 different, or the library aborted; 2 bad "
-               "options or profile." );
+   app.footer(
+       "Examples:\n"
+       "  ferro-acl diff --profile profiles/default.json "
+       "--profile profiles/th3-vlan-class.json\n"
+       "  ferro-acl diff --profile profiles/default.json "
+       "--profile profiles/vxlan-core-l2.json --json\n"
+       "Exit status: 0 identical; 1 different, or the library aborted; 2 bad "
+       "options or profile." );
    if ( std::optional<int> status = parseCommandLine( app, argc, argv ) ) {
       return *status;
    }
    if ( profiles.size() != 2 ) {
-      std::cerr << "ferro-acl: diff: --profile given " << profiles.size()
-                << " time" << ( profiles.size() == 1 ? "" : "s" )
+      std::cerr << "ferro-acl: diff: --profile given " << profiles.size() << " time"
+                << ( profiles.size() == 1 ? "" : "s" )
                 << "; expected it twice, --profile A --profile B\n";
       return exitUsage;
    }

@@ -5,6 +5,7 @@
 
 #include "platform/runtime/Trace.h"
 #include "tools/ferro-acl/AbortReport.h"
+#include "tools/ferro-acl/AbortWatch.h"
 #include "tools/ferro-acl/DefaultProfile.h"
 #include "tools/ferro-acl/ExitStatus.h"
 #include "tools/ferro-acl/FaultOption.h"
@@ -122,6 +123,21 @@ std::optional<AgentSetup> prepareRun( const RunOptions& options ) {
    setup.value().helperLibrary = options.helperLibrary;
    setup.value().plan = planBringup( setup.value().config, options.skipSteps );
    return setup.value();
+}
+
+ChildOutcome runInstalled(
+    const AgentSetup& setup,
+    const std::function<int( SimulatedAgent& agent, const MessageChannel& channel )>& body ) {
+   return runInChild( [&]( const MessageChannel& channel ) {
+      watchAborts( channel );
+      int status = exitOk;
+      std::unique_ptr<SimulatedAgent> agent = SimulatedAgent::start( setup, status );
+      if ( !agent ) {
+         return status;
+      }
+      agent->install( channel );
+      return body( *agent, channel );
+   } );
 }
 
 int finishRun( const ChildOutcome& outcome, const BringupPlan& plan ) {

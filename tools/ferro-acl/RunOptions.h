@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,13 @@ Result<AgentSetup> loadSetup( const std::string& path );
 // Checks traces, faults and skipped steps and loads the profile; nothing when
 // something is wrong, the message being on stderr.
 std::optional<AgentSetup> prepareRun( const RunOptions& options );
+
+// The child's end of a run: in a forked child, brings the switch of `setup`
+// up, installs the system ACL as planned, then runs `body`, whose result is
+// the child's exit status; aborts are watched and explained by finishRun.
+ChildOutcome runInstalled(
+    const AgentSetup& setup,
+    const std::function<int( SimulatedAgent& agent, const MessageChannel& channel )>& body );
 
 // The parent's end of a run: the child's stderr passed on and, when the
 // library aborted, its explanation; returns the exit status.

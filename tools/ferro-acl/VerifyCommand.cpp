@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/ferro-acl/AbortReport.h"
-#include "tools/ferro-acl/AbortWatch.h"
 #include "tools/ferro-acl/ExitStatus.h"
 #include "tools/ferro-acl/RunOptions.h"
 #include "tools/ferro-acl/Subcommands.h"
@@ -111,15 +110,16 @@ int verifyCommand( int argc, char** argv ) {
                    "UNIT, else on the lowest unit that has it (repeatable)" )
        ->type_name( "'[UNIT/]RULE:FIELD=VALUE'" )
        ->allow_extra_args( false );
-   app.footer( "Examples:\n"
-               "  ferro-acl verify\n"
-               "  ferro-acl verify --profile profiles/vxlan-core-l2.json --json\n"
-               "  ferro-acl verify --tamper 'BGP - Dst Port:CosQCpuNew=5'\n"
-               "  ferro-acl verify --tamper 'VRRP:Ttl=254'\n"
-               "  ferro-acl verify --tamper '1/PIM:-CosQCpuNew'\n"
-               "  ferro-acl verify --tamper 'ISIS IS-L1L2 Entry Fp Ports:InPorts=1-4,6-64'\n"
-               "Exit status: 0 every unit verified or not verifiable by design; 1 a "
-               "verification failed or the library aborted; 2 bad options or profile." );
+   app.footer(
+       "Examples:\n"
+       "  ferro-acl verify\n"
+       "  ferro-acl verify --profile profiles/vxlan-core-l2.json --json\n"
+       "  ferro-acl verify --tamper 'BGP - Dst Port:CosQCpuNew=5'\n"
+       "  ferro-acl verify --tamper 'VRRP:Ttl=254'\n"
+       "  ferro-acl verify --tamper '1/PIM:-CosQCpuNew'\n"
+       "  ferro-acl verify --tamper 'ISIS IS-L1L2 Entry Fp Ports:InPorts=1-4,6-64'\n"
+       "Exit status: 0 every unit verified or not verifiable by design; 1 a "
+       "verification failed or the library aborted; 2 bad options or profile." );
    if ( std::optional<int> status = parseCommandLine( app, argc, argv ) ) {
       return *status;
    }
@@ -136,24 +136,18 @@ int verifyCommand( int argc, char** argv ) {
    if ( !setup ) {
       return exitUsage;
    }
-   const ChildOutcome outcome = runInChild( [&]( const MessageChannel& channel ) {
-      watchAborts( channel );
-      int status = exitOk;
-      std::unique_ptr<SimulatedAgent> agent = SimulatedAgent::start( *setup, status );
-      if ( !agent ) {
-         return status;
-      }
-      agent->install( channel );
-      for ( const Tamper& tamper : tampers ) {
-         Result<int> applied = applyTamper( tamper, agent->state() );
-         if ( !applied ) {
-            std::cerr << "ferro-acl: " << applied.error() << '\n';
-            return exitUsage;
-         }
-      }
-      agent->verify( channel );
-      return agent->reportFaults();
-   } );
+   const ChildOutcome outcome =
+       runInstalled( *setup, [&]( SimulatedAgent& agent, const MessageChannel& channel ) {
+          for ( const Tamper& tamper : tampers ) {
+             Result<int> applied = applyTamper( tamper, agent.state() );
+             if ( !applied ) {
+                std::cerr << "ferro-acl: " << applied.error() << '\n';
+                return exitUsage;
+             }
+          }
+          agent.verify( channel );
+          return agent.reportFaults();
+       } );
    const std::optional<AbortReport> abort = explainAbort( outcome, setup->plan );
    if ( !abort && outcome.exitCode == exitUsage ) {
       std::cerr << outcome.err;
