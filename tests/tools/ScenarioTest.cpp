@@ -121,6 +121,16 @@ TEST( Scenario, CheckedAgainstTheSwitchItRunsOn ) {
       ASSERT_TRUE( parsed ) << parsed.error();
       EXPECT_EQ( checkScenario( parsed.value(), config.value(), "s" ), c.error );
    }
+
+   const std::string aclGroupProfile = FERRO_PROFILES_DIR "/nexthop-glean-aclgroup.json";
+   const Result<Agent::SwitchConfig> aclGroups =
+      parseProfile( readProfileText( aclGroupProfile ).value(), aclGroupProfile );
+   ASSERT_TRUE( aclGroups );
+   const auto mesa = parseScenario( "port remove 0:20\nport add 0:20 mesa", "s" );
+   ASSERT_TRUE( mesa );
+   EXPECT_EQ( checkScenario( mesa.value(), aclGroups.value(), "s" ),
+              "s:2: unexpected 'mesa', expected none: this switch's entry managers use ACL "
+              "groups, which take no Mesa fabric interfaces" );
 }
 
 // The default switch brought up and installed as the tool does, then a

@@ -326,6 +326,18 @@ TEST_F( ExampleRun, PtpModeZeroDisablesTheFivePtpEntries ) {
    EXPECT_TRUE( changesOf( events, "ptp mode 2 flag on" ).empty() );  // tap aggregation
 }
 
+// Chips with reduced L2 traps install no PTP rules, so the agent leaves PTP
+// alone there: nothing changes and both units still verify.
+TEST_F( ExampleRun, PtpModesLeaveAChipWithoutPtpRulesAlone ) {
+   const ToolRun run = runTool( { "apply", std::string( FERRO_EXAMPLES_DIR ) + "/ptp.scenario",
+                                  "--profile", FERRO_PROFILES_DIR "/reduced-traps-sim.json",
+                                  "--json" } );
+   ASSERT_EQ( run.exitCode, 0 ) << run.err;
+   const Json events = Json::parse( run.out )[ "events" ];
+   EXPECT_TRUE( changesOf( events, "ptp mode 0" ).empty() );
+   EXPECT_EQ( events.back()[ "event" ], "verify" );  // a failed verification aborts
+}
+
 TEST_F( ExampleRun, PimCopyComesAndGoesAndTheQueueStays ) {
    const Json events = apply( "pim-copy.scenario" );
    EXPECT_EQ( changesOf( events, "pim copy on" ),

@@ -62,6 +62,12 @@ std::optional<std::string> checkScenario( const std::vector<ScenarioEvent>& even
       if ( event.kind != EventKind::port ) {
          continue;
       }
+      // Switches whose entry managers bind rules by port class have no Mesa
+      // fabric interfaces; the library refuses one on them by assertion.
+      if ( event.mesa && config.aclGroupManagers ) {
+         return where + "unexpected 'mesa', expected none: this switch's entry managers " +
+                "use ACL groups, which take no Mesa fabric interfaces";
+      }
       const auto key = std::make_pair( event.targetUnit, event.targetPort );
       if ( event.on && !removed.erase( key ) ) {
          return where + "unexpected '" + target + "', expected a port removed earlier " +

@@ -32,7 +32,12 @@ void ScenarioRun::apply( const ScenarioEvent& event ) {
    FerroTcamSystemAcl::HelperBase& h = helper_;
    switch ( event.kind ) {
       case EventKind::ptpMode:
+         // As the agent does: PTP is configured only where its rules were
+         // installed (chips with reduced L2 traps have none).
          for ( U16 unit : units ) {
+            if ( !h.l2McastPtpRuleHas( unit ) ) {
+               continue;
+            }
             h.configPTPActions( unit, Ptp::PtpMode( event.number ), event.flag );
          }
          return;
